@@ -1,0 +1,74 @@
+// Windows' own imaging component: what its reader and writer share.
+#pragma once
+
+#include <windows.h>
+// Behind windows.h, on which they depend.
+#include <objbase.h>
+#include <wincodec.h>
+
+#include <string>
+#include <utility>
+
+#include "pictures/Picture.h"
+
+namespace mv::host {
+
+// Owns one reference to a COM object.
+template <class Interface>
+class ComPointer {
+public:
+    ComPointer() = default;
+    ComPointer(const ComPointer&) = delete;
+    ComPointer& operator=(const ComPointer&) = delete;
+    ComPointer(ComPointer&& other) noexcept : pointer_(std::exchange(other.pointer_, nullptr)) {}
+    ~ComPointer() {
+        if (pointer_ != nullptr) {
+            pointer_->Release();
+        }
+    }
+
+    Interface* operator->() const { return pointer_; }
+    Interface* Get() const { return pointer_; }
+    // For functions that store a new reference; the pointer must be empty.
+    Interface** Cell() { return &pointer_; }
+
+private:
+    Interface* pointer_ = nullptr;
+};
+
+// COM on this thread for the object's life, with the component's factory.
+class WicFactory {
+public:
+    WicFactory();
+    ~WicFactory();
+    WicFactory(const WicFactory&) = delete;
+    WicFactory& operator=(const WicFactory&) = delete;
+
+    bool IsThere() const { return factory_.Get() != nullptr; }
+    IWICImagingFactory* operator->() const { return factory_.Get(); }
+
+private:
+    HRESULT initialized_;
+    ComPointer<IWICImagingFactory> factory_;
+};
+
+// How a pixel format of the component lies in memory.
+struct WicFormat {
+    const GUID* id;
+    SampleType type;
+    int colours;
+    bool alpha;
+    bool premultiplied;
+    int units;  // samples of a pixel, an unused one among them
+    bool blueFirst;
+};
+
+// Null for a format that is none of whole samples in gray or RGB.
+const WicFormat* FindWicFormat(const GUID& id);
+
+// The straight format of a picture's own shape that writers know best, or null.
+const WicFormat* FindWicFormat(const Picture& picture);
+
+std::string HexText(HRESULT result);
+
+}  // namespace mv::host

@@ -1,0 +1,175 @@
+// The final composition of rows: the blurred picture read back, coloured, blended and stored.
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+#include "effect/BlendPixels.h"
+#include "effect/ColorStage.h"
+#include "effect/RenderSettings.h"
+#include "effect/ShiftColumns.h"
+#include "image/PixelArray.h"
+
+namespace mv {
+
+// Composes rows of one render; immutable while rows run, so that any thread may run any row.
+template <class C_Image>
+class Composer {
+    using HostPixel = typename C_Image::Pixel_t;
+    using Channel = typename HostPixel::Channel;
+    using Working = WorkingImage<HostPixel>;
+    using Scale = WhiteScale<HostPixel::kWhite>;
+    static constexpr int kColors = HostPixel::kColors;
+    static constexpr int kChannels = HostPixel::kChannels;
+    static constexpr bool kIsInteger = !std::is_same_v<Channel, float>;
+
+    // Pixels that the fast form takes at a time, so that what it keeps between its steps stays
+    // near.
+    static constexpr std::int32_t kPixelsAtATime = 256;
+
+public:
+    C_Image imageIn;
+    C_Image imageOut;
+    Working working;
+    RenderSettings settings;
+    const float* gammaTable = nullptr;
+    // How far the blurred picture lies beside its place.
+    double offsetX = 0.0;
+    double offsetY = 0.0;
+    // For the fast form: the columns at offsetX. Without them rows take the plain form.
+    const ShiftedColumns* columns = nullptr;
+    // What is stored for each entry of the gamma table, or null.
+    const Channel* storedTable = nullptr;
+
+    static Channel StoredOf(double value, int index) {
+        if constexpr (kIsInteger) {
+            static_cast<void>(index);
+            return static_cast<Channel>(ClampChannel(value, Scale::kWhite));
+        } else {
+            const bool isAlpha = HostPixel::kHasAlpha && index == kColors;
+            const double bounded = isAlpha         ? ClampChannel(value, Scale::kWhite)
+                                   : value >= 0.0 ? value
+                                                  : 0.0;
+            return static_cast<float>(bounded);
+        }
+    }
+
+    // The blurred pixel itself replaces the source, and nothing but the table shapes it.
+    bool StoresTableAlone() const {
+        return kIsInteger && !HostPixel::kHasAlpha && settings.blend == kBlendNormal &&
+               !settings.adjustOn;
+    }
+
+    void ComposeRow(std::int32_t y) const {
+        const RowKernels* kernels = SelectRowKernels();
+        if (kernels != nullptr && columns != nullptr) {
+            ComposeRowFast(*kernels, y);
+            return;
+        }
+        for (std::int32_t x = 0; x < imageOut.width; ++x) {
+            double blurred[kChannels > 0 ? static_cast<std::size_t>(kChannels) : 1];
+            ReadWorking(x, y, blurred);
+            for (double& channel : blurred) {
+                channel *= settings.intensity;
+            }
+            ApplyColorStage<HostPixel>(blurred, Stage());
+            BlendAndStore(blurred, x, y);
+        }
+    }
+
+private:
+    ColorStageSettings Stage() const {
+        return {settings.contrast, settings.gammaExponent, settings.gammaOn,   settings.adjustOn,
+                settings.hue,      settings.saturation,    settings.lightness, gammaTable};
+    }
+
+    // Bilinear, with the edge rules of the move itself.
+    void ReadWorking(std::int32_t x, std::int32_t y, double* pixel) const {
+        const double px = x + offsetX;
+        const double py = y + offsetY;
+        const auto ix = static_cast<std::int32_t>(px);
+        const auto iy = static_cast<std::int32_t>(py);
+        const double fx = px - ix;
+        const double fy = py - iy;
+        const unsigned char* upper = working.Pixel(ix, iy);
+        if (fx == 0.0 && fy == 0.0) {
+            for (int i = 0; i < kChannels; ++i) {
+                pixel[i] = LoadChannel<float>(upper, i);
+            }
+            return;
+        }
+        const std::ptrdiff_t right = ix == working.width - 1 ? 0 : working.Stride();
+        const unsigned char* lower = iy == working.height - 1 ? upper : upper + working.row_bytes;
+        for (int i = 0; i < kChannels; ++i) {
+            pixel[i] = (1.0 - fx) * (1.0 - fy) * LoadChannel<float>(upper, i) +
+                       fx * (1.0 - fy) * LoadChannel<float>(upper + right, i) +
+                       (1.0 - fx) * fy * LoadChannel<float>(lower, i) +
+                       fx * fy * LoadChannel<float>(lower + right, i);
+        }
+    }
+
+    void BlendAndStore(const double* blurred, std::int32_t x, std::int32_t y) const {
+        ChannelArray<double, kChannels> result;
+        const unsigned char* in = imageIn.Pixel(x, y);
+        for (int i = 0; i < kChannels; ++i) {
+            result[i] = static_cast<double>(LoadChannel<Channel>(in, i));
+        }
+        BlendPixels<HostPixel>(result, blurred, settings.blend);
+        unsigned char* out = imageOut.Pixel(x, y);
+        for (int i = 0; i < kChannels; ++i) {
+            StoreChannel(out, i, StoredOf(result[i], i));
+        }
+    }
+
+    void ComposeRowFast(const RowKernels& kernels, std::int32_t y) const {
+        constexpr int capacity = kPixelsAtATime * kChannels + 4;
+        ChannelArray<double, capacity> colors;
+        ChannelArray<std::int32_t, capacity> indices;
+        const double py = y + offsetY;
+        const auto iy = static_cast<std::int32_t>(py);
+        const auto* upper = reinterpret_cast<const float*>(working.Row(iy));
+        const auto* lower = iy == working.height - 1
+                                ? upper
+                                : reinterpret_cast<const float*>(working.Row(iy + 1));
+        for (std::int32_t x = 0; x < imageOut.width; x += kPixelsAtATime) {
+            const std::int32_t end = std::min(x + kPixelsAtATime, imageOut.width);
+            kernels.shiftToDouble[kChannels](colors, upper, lower, *columns, py - iy,
+                                             settings.intensity, x, end);
+            if constexpr (kIsInteger) {
+                kernels.toneIndices(indices, colors, (end - x) * kChannels, settings.contrast,
+                                    Scale::kWhite, Scale::kGammaIndex);
+                FinishToned(colors, indices, x, end, y);
+            } else {
+                for (std::int32_t i = x; i < end; ++i) {
+                    double* pixel = colors + (i - x) * kChannels;
+                    ApplyColorStage<HostPixel>(pixel, Stage());
+                    BlendAndStore(pixel, i, y);
+                }
+            }
+        }
+    }
+
+    // Pixels x to end of row y, from their colours' indices into the gamma table.
+    void FinishToned(double* colors, const std::int32_t* indices, std::int32_t x, std::int32_t end,
+                     std::int32_t y) const {
+        if (storedTable != nullptr) {
+            unsigned char* out = imageOut.Pixel(x, y);
+            for (std::int32_t i = x; i < end; ++i, out += imageOut.Stride()) {
+                for (int c = 0; c < kColors; ++c) {
+                    StoreChannel(out, c, storedTable[*indices++]);
+                }
+            }
+            return;
+        }
+        const ColorStageSettings stage = Stage();
+        for (std::int32_t i = x; i < end; ++i, indices += kChannels, colors += kChannels) {
+            for (int c = 0; c < kColors; ++c) {
+                colors[c] = gammaTable[std::min(indices[c], kGammaTableSize - 1)];
+            }
+            FinishColorStage<HostPixel>(colors, stage);
+            BlendAndStore(colors, i, y);
+        }
+    }
+};
+
+}  // namespace mv

@@ -1,0 +1,183 @@
+#pragma once
+
+#include "effect/DecodeTable.h"
+#include "effect/HslRange.h"
+#include "image/MorvenhaleFilter.h"
+
+namespace mv {
+
+// First stage: turns the host image into the float working image, weighted by alpha and by the
+// colour selection of a reference image. Rows run on the pool.
+template <class SourceImage, class DestinationImage, class ReferenceImage>
+class HslRangeSelectionFilter : public MorvenhaleFilter {
+    using SourcePixel = typename SourceImage::Pixel_t;
+    using ReferencePixel = typename ReferenceImage::Pixel_t;
+    using Channel = typename SourcePixel::Channel;
+    using ReferenceChannel = typename ReferencePixel::Channel;
+    using Scale = WhiteScale<SourcePixel::kWhite>;
+    static constexpr int kColors = SourcePixel::kColors;
+    static constexpr int kChannels = SourcePixel::kChannels;
+
+public:
+    using MorvenhaleFilter::MorvenhaleFilter;
+
+    SourceImage source;
+    DestinationImage destination;
+    ReferenceImage reference;
+    HslRangeParams params;
+    // Takes finished rows into linear light, where the caller wants that and nothing comes between.
+    const RowDecoder* decoder = nullptr;
+    // Multiplied in with the look-up of a decode table that has weights; else not used.
+    MaskImage mask;
+
+    virtual std::int32_t render(std::uint32_t position, std::uint32_t range) {
+        position_ = position;
+        range_ = range;
+        return host_->Iterate(destination.height, [this](unsigned row, unsigned rows, unsigned id) {
+            return static_cast<unsigned>(render_chunk(row, rows, id));
+        });
+    }
+
+    virtual std::int32_t render_chunk(std::uint32_t thread_index, std::uint32_t, std::uint32_t) {
+        const HslRangeEvaluator evaluator = BuildHslRangeEvaluator<ReferenceChannel>(params);
+        const auto y = static_cast<std::int32_t>(thread_index);
+        const bool isLightnessOnly = DependsOnLightnessAlone(evaluator);
+        const bool isHard = isLightnessOnly && !(evaluator.lightness.power > 0.0);
+        if (isHard && !params.showSelection && decoder != nullptr && decoder->HasTable()) {
+            LookUpRow(evaluator, y);
+        } else {
+            for (std::int32_t x = 0; x < destination.width; ++x) {
+                RenderPixel(evaluator, isLightnessOnly, x, y);
+            }
+            if (decoder != nullptr) {
+                decoder->DecodeRow(reinterpret_cast<float*>(destination.Row(y)),
+                                   destination.width);
+            }
+        }
+        return ReportStep(position_, range_, thread_index,
+                          static_cast<std::uint32_t>(destination.height));
+    }
+
+private:
+    // A channel takes few values under a hard selection: a table holds what becomes of each.
+    void LookUpRow(const HslRangeEvaluator& evaluator, std::int32_t y) const {
+        if constexpr (!std::is_same_v<Channel, float>) {
+            const bool isAll = evaluator.lightness.low == 0.0 && evaluator.lightness.high > 1.0;
+            const bool isMasked = mask.data != nullptr;
+            const unsigned char* weights = isMasked ? mask.Row(y) : nullptr;
+            const unsigned char* in = source.Row(y);
+            unsigned char* out = destination.Row(y);
+            for (std::int32_t x = 0; x < destination.width; ++x) {
+                std::uint32_t weight = isMasked ? *weights++ : 0;
+                if constexpr (SourcePixel::kHasAlpha) {
+                    weight = LoadChannel<Channel>(in, SourcePixel::kAlphaIndex);
+                    const double a = weight;
+                    StoreChannel(out, SourcePixel::kAlphaIndex,
+                                 static_cast<float>(a * (a * Scale::kInverse)));
+                }
+                const bool isSelected = isAll || Selection(evaluator, true, x, y) != 0.0;
+                const float* table = decoder->Table(isSelected ? weight : 0);
+                for (int i = 0; i < kColors; ++i) {
+                    const std::size_t value = isSelected ? LoadChannel<Channel>(in, i) : 0;
+                    StoreChannel(out, i, table[value]);
+                }
+                if (SourcePixel::kHasAlpha && !isSelected) {
+                    StoreChannel(out, kChannels - 1, 0.0f);
+                }
+                in += source.Stride();
+                out += destination.Stride();
+            }
+        } else {
+            static_cast<void>(evaluator);
+            static_cast<void>(y);
+        }
+    }
+
+    void RenderPixel(const HslRangeEvaluator& evaluator, bool isLightnessOnly, std::int32_t x,
+                     std::int32_t y) const {
+        ChannelArray<double, kChannels> pixel = {};
+        const bool inside = source.Contains(x, y);
+        if (inside) {
+            WeightedSource(x, y, pixel);
+        }
+        if (!params.enabled) {
+            for (double& channel : pixel) {
+                channel = inside && params.showSelection ? Scale::kWhite : channel;
+            }
+        } else {
+            ApplySelection(Selection(evaluator, isLightnessOnly, x, y), pixel);
+        }
+        unsigned char* out = destination.Pixel(x, y);
+        for (int i = 0; i < kChannels; ++i) {
+            StoreChannel(out, i, static_cast<float>(pixel[i]));
+        }
+    }
+
+    void ApplySelection(double e, double* pixel) const {
+        if (params.showSelection) {
+            // Alpha keeps its square here, unscaled by the selection.
+            for (int i = 0; i < kColors; ++i) {
+                pixel[i] = e * Scale::kWhite;
+            }
+        } else {
+            for (int i = 0; i < kChannels; ++i) {
+                pixel[i] *= e;
+            }
+        }
+    }
+
+    double Selection(const HslRangeEvaluator& evaluator, bool isLightnessOnly, std::int32_t x,
+                     std::int32_t y) const {
+        const std::int32_t xr = x - reference.origin_x + destination.origin_x;
+        const std::int32_t yr = y - reference.origin_y + destination.origin_y;
+        if (!reference.Contains(xr, yr)) {
+            return 0.0;
+        }
+        const unsigned char* pixel = reference.Pixel(xr, yr);
+        ChannelArray<ReferenceChannel, ReferencePixel::kColors> colors;
+        for (int i = 0; i < ReferencePixel::kColors; ++i) {
+            colors[i] = LoadChannel<ReferenceChannel>(pixel, i);
+        }
+        if constexpr (ReferencePixel::kHasAlpha) {
+            if (!reference.is_premultiplied) {
+                WeightReference(
+                    LoadChannel<ReferenceChannel>(pixel, ReferencePixel::kAlphaIndex), colors);
+            }
+        }
+        return isLightnessOnly ? EvaluateLightness<ReferencePixel>(evaluator, colors)
+                               : EvaluateHslRange<ReferencePixel>(evaluator, colors);
+    }
+
+    // In single precision, and truncated to the channel type, so that the evaluator sees a
+    // weighted pixel of the image's own type.
+    static void WeightReference(ReferenceChannel alpha, ReferenceChannel* colors) {
+        constexpr float kInverseWhite = ReferencePixel::kWhite == 255     ? 0.003921569f
+                                        : ReferencePixel::kWhite == 32768 ? 3.0517578e-05f
+                                                                          : 1.0f;
+        const float weight = static_cast<float>(alpha) * kInverseWhite;
+        for (int i = 0; i < ReferencePixel::kColors; ++i) {
+            colors[i] =
+                static_cast<ReferenceChannel>(static_cast<float>(colors[i]) * weight);
+        }
+    }
+
+    // It is meant that alpha is multiplied by alpha like the colours: a half-transparent pixel
+    // comes out with a quarter of white.
+    void WeightedSource(std::int32_t x, std::int32_t y, double* pixel) const {
+        const unsigned char* in = source.Pixel(x, y);
+        for (int i = 0; i < kChannels; ++i) {
+            pixel[i] = static_cast<double>(LoadChannel<Channel>(in, i));
+        }
+        if constexpr (SourcePixel::kHasAlpha) {
+            const double weight = pixel[SourcePixel::kAlphaIndex] * Scale::kInverse;
+            for (int i = 0; i < kChannels; ++i) {
+                pixel[i] *= weight;
+            }
+        }
+    }
+
+    std::uint32_t position_ = 0;
+    std::uint32_t range_ = 1;
+};
+
+}  // namespace mv

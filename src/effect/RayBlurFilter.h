@@ -1,0 +1,419 @@
+// The frame that both blurs share: rays of four sides, lines, scatter, normalisation.
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#include "diagnostics/Log.h"
+#include "effect/ClearImageFilter.h"
+#include "effect/ContributionList.h"
+#include "effect/RayGeometry.h"
+#include "effect/RayGroupPlan.h"
+#include "effect/SideZone.h"
+#include "effect/WindowTable.h"
+#include "effect/kernels/RowKernels.h"
+#include "image/MorvenhaleFilter.h"
+#include "platform/LargePages.h"
+
+namespace mv {
+
+// Lines reach two entries below the first sample and a few beyond the last.
+constexpr std::int32_t kLineLead = 2;
+constexpr std::int32_t kLineSlack = 6;
+
+// A smear along the lines through one centre, at a cost that does not depend on its length.
+// Rays run from the centre to every border pixel; each is resampled into a line, and what Blur
+// (the derived class) makes of the window around each of its pixels is scattered, weighted, into
+// an accumulator, which is divided by its weights at the end. The four sides run in parallel
+// and give the sums of the four one after the other. Lives on its caller's stack.
+//
+// Blur gives: kLineCount, kName, and
+//   void BuildTables(double* const* lines, std::int32_t n)
+//   void Value(double* out, const double* const* lines, std::int32_t n, std::int32_t i, double L)
+// and for the fast form
+//   std::uint64_t FastDoubles(), void PrepareFast(Side&), bool BlurGroup(Side&, const Ray*)
+// which blurs four neighbouring rays, or refuses those that need the plain form.
+template <class Blur, class Image, class AccumulatorPixel, class Selection>
+class RayBlurFilter : public MorvenhaleFilter {
+protected:
+    using AccumulatorType = PixelArray<AccumulatorPixel, 0, false>;
+    static constexpr int kChannels = Image::Pixel_t::kChannels;
+    static constexpr int kColors = Image::Pixel_t::kColors;
+    static constexpr int kAccumulatorFloats = kChannels + 1;
+
+public:
+    using MorvenhaleFilter::MorvenhaleFilter;
+
+    Image imageIn;
+    Image imageOut;
+    // Scales the blur length per pixel; without data there is no scale.
+    Selection imageSelection;
+    double zoomStart = 0.5;
+    double strength = 0.0;
+    std::int32_t centerX = 0;
+    std::int32_t centerY = 0;
+    double holdoutRadius = 0.0;
+
+    virtual std::int32_t render(std::uint32_t position, std::uint32_t range) {
+        WriteLog(kTrace, Blur::kName, "<C_Image, C_ImageSelection>::render()");
+        const LogScope scope;
+        progressPosition_ = position;
+        progressRange_ = range;
+        field_ = {imageIn.width, imageIn.height, centerX - imageIn.origin_x,
+                  centerY - imageIn.origin_y};
+        const std::uint64_t pixels = static_cast<std::uint64_t>(imageIn.width) *
+                                     static_cast<std::uint64_t>(imageIn.height);
+        accumulator_ = AccumulatorType(imageIn);
+        accumulator_.row_bytes = imageIn.width * AccumulatorPixel::kSize;
+        accumulator_.dynamic_pixel_size = AccumulatorPixel::kSize;
+        accumulator_.is_connected = true;
+        accumulator_.is_premultiplied = true;
+        accumulator_.data = Allocate<unsigned char>(
+            pixels * static_cast<std::uint64_t>(AccumulatorPixel::kSize));
+        if (accumulator_.data == nullptr) {
+            return host_->StatusOutOfMemory();
+        }
+        PreferLargePages(accumulator_.data,
+                         pixels * static_cast<std::uint64_t>(AccumulatorPixel::kSize));
+        totalSteps_ = static_cast<std::uint32_t>(3 * imageIn.height + 2 * imageIn.width);
+        stepsDone_ = 0;
+        const std::int32_t status = RunStages();
+        host_->FreeMemory(accumulator_.data);
+        accumulator_.data = nullptr;
+        return status;
+    }
+
+    // One side of the image: thread_index 0 to 3.
+    std::int32_t render_chunk(std::uint32_t thread_index, std::uint32_t thread_iterations,
+                              std::uint32_t threadID) {
+        WriteLog(kTrace, Blur::kName, "<C_Image, C_ImageSelection>::render_chunk(thread_index(",
+                 thread_index, "), thread_iterations(", thread_iterations, "), threadID(",
+                 threadID, "))");
+        Side side;
+        side.index = thread_index;
+        side.zone = SideZone(field_, thread_index);
+        lists_[thread_index].SetContext(host_);
+        std::int32_t status = AllocateLines(side);
+        if (IsOk(status) && IsSideLit(field_, thread_index)) {
+            const std::int32_t rays = RayCount(field_, thread_index);
+            for (std::int32_t k = 1; k <= rays && IsOk(status);) {
+                const std::int32_t done = BlurRays(side, k, rays);
+                k += done;
+                for (std::int32_t i = 0; i < done && IsOk(status); ++i) {
+                    status = side.isOutOfMemory ? host_->StatusOutOfMemory() : ReportStepDone();
+                }
+            }
+        }
+        for (double* buffer : side.buffers) {
+            host_->FreeMemory(buffer);
+        }
+        host_->FreeMemory(side.fastBuffer);
+        sideStatus_[thread_index] = status;
+        return status;
+    }
+
+protected:
+    struct Side {
+        std::uint32_t index = 0;
+        SideZone zone;
+        typename Blur::FastState fast;
+        double* fastBuffer = nullptr;
+        ChannelArray<double*, Blur::kLineCount> buffers = {};
+        ChannelArray<double*, Blur::kLineCount> lines = {};
+        bool isOutOfMemory = false;
+    };
+
+    std::int32_t LongestLine() const { return std::max(imageIn.width, imageIn.height); }
+
+    bool HasSelection() const { return imageSelection.data != nullptr; }
+
+    // The rays of all sides start at the centre, at the same distance 0 and without a holdout.
+    bool AreWindowsAlike() const {
+        return field_.centerX >= 0 && field_.centerX < field_.width && field_.centerY >= 0 &&
+               field_.centerY < field_.height && holdoutRadius == 0.0;
+    }
+
+    RayField field_{};
+    AccumulatorType accumulator_;
+
+private:
+    // Four rays at a time where they walk alike, one by one elsewhere. Gives how many.
+    std::int32_t BlurRays(Side& side, std::int32_t k, std::int32_t rays) {
+        auto* blur = static_cast<Blur*>(this);
+        if (side.fastBuffer != nullptr && k + kRaysInGroup - 1 <= rays) {
+            Ray group[kRaysInGroup];
+            for (std::int32_t g = 0; g < kRaysInGroup; ++g) {
+                group[g] = MakeRay(field_, EndPixel(field_, side.index, k + g));
+            }
+            if (blur->BlurGroup(side, group)) {
+                return kRaysInGroup;
+            }
+        }
+        BlurRay(side, MakeRay(field_, EndPixel(field_, side.index, k)));
+        return 1;
+    }
+
+    std::int32_t RunStages() {
+        ClearImageFilter<AccumulatorType> clear(host_);
+        clear.image = accumulator_;
+        std::int32_t status = clear.render(progressPosition_ * 3, progressRange_ * 3);
+        if (IsOk(status)) {
+            status = RunSides();
+        }
+        if (IsOk(status)) {
+            status = host_->Iterate(
+                static_cast<std::int32_t>(kSideCount),
+                [this](unsigned index, unsigned count, unsigned) {
+                    return static_cast<unsigned>(Normalize(index, count));
+                });
+        }
+        return status;
+    }
+
+    // A side that failed on another thread fails the render: its rays are missing.
+    std::int32_t RunSides() {
+        std::fill(sideStatus_, sideStatus_ + kSideCount, host_->StatusOk());
+        std::int32_t status =
+            host_->Iterate(static_cast<std::int32_t>(kSideCount),
+                           [this](unsigned index, unsigned count, unsigned id) {
+                               return static_cast<unsigned>(render_chunk(index, count, id));
+                           });
+        for (std::uint32_t side = 0; side < kSideCount && IsOk(status); ++side) {
+            status = sideStatus_[side];
+        }
+        for (ContributionList<kChannels>& list : lists_) {
+            if (IsOk(status)) {
+                list.ForEach([this](const auto& entry) { AddLater(entry); });
+            }
+            list.Clear();
+        }
+        return status;
+    }
+
+    std::int32_t AllocateLines(Side& side) {
+        const auto entries = static_cast<std::uint64_t>(
+            std::max(imageIn.width, imageIn.height) + kLineSlack);
+        const std::uint64_t bytes = entries * kChannels * sizeof(double);
+        bool complete = true;
+        for (int i = 0; i < Blur::kLineCount; ++i) {
+            side.buffers[i] = Allocate<double>(bytes);
+            if (side.buffers[i] == nullptr) {
+                complete = false;
+                continue;
+            }
+            std::memset(side.buffers[i], 0, bytes);
+            side.lines[i] = side.buffers[i] + kLineLead * kChannels;
+        }
+        const std::uint64_t fastDoubles = static_cast<const Blur*>(this)->FastDoubles();
+        if (complete && fastDoubles != 0) {
+            side.fastBuffer = Allocate<double>(fastDoubles * sizeof(double));
+            complete = side.fastBuffer != nullptr;
+            if (complete) {
+                std::memset(side.fastBuffer, 0, fastDoubles * sizeof(double));
+                static_cast<Blur*>(this)->PrepareFast(side);
+            }
+        }
+        return complete ? host_->StatusOk() : host_->StatusOutOfMemory();
+    }
+
+    void BlurRay(Side& side, const Ray& ray) {
+        if (ray.steps == 0) {
+            return;
+        }
+        SampleLine(ray, side.lines[0]);
+        static_cast<Blur*>(this)->BuildTables(side.lines, ray.steps);
+        ScatterLine(side, ray);
+    }
+
+protected:
+    // All channels are sampled in the same way: alpha is one more channel.
+    void SamplePixel(const Ray& ray, std::int32_t major, double minor, double* sample) const {
+        const MinorPlace place = PlaceOf(minor, ray.isXMajor ? imageIn.height : imageIn.width);
+        const unsigned char* first = PixelAt(imageIn, ray, major, place.first);
+        const unsigned char* second = PixelAt(imageIn, ray, major, place.second);
+        for (int c = 0; c < kChannels; ++c) {
+            sample[c] = LoadChannel<float>(first, c) * (1.0 - place.t) +
+                        LoadChannel<float>(second, c) * place.t;
+        }
+    }
+
+    // Scatters one value at a place of the ray, weighted.
+    void SplatStep(Side& side, const Ray& ray, bool mustTest, std::int32_t major, double minor,
+                   const double* value) {
+        const MinorPlace place = PlaceOf(minor, ray.isXMajor ? imageIn.height : imageIn.width);
+        if (place.isInside) {
+            Splat(side, ray, mustTest, major, place.first, 1.0 - place.t, value);
+            Splat(side, ray, mustTest, major, place.second, place.t, value);
+        }
+    }
+
+    void SampleLine(const Ray& ray, double* line) const {
+        double minor = ray.minor;
+        for (std::int32_t k = 0; k < ray.steps; ++k, minor += ray.slope) {
+            SamplePixel(ray, ray.start + ray.sign * k, minor, line + k * kChannels);
+        }
+        for (int c = 0; c < kChannels; ++c) {
+            line[-2 * kChannels + c] = line[c];
+            line[-1 * kChannels + c] = line[c];
+            line[ray.steps * kChannels + c] = line[(ray.steps - 1) * kChannels + c];
+            line[(ray.steps + 1) * kChannels + c] = line[(ray.steps - 1) * kChannels + c];
+        }
+    }
+
+    template <class AnyImage>
+    static unsigned char* PixelAt(const AnyImage& image, const Ray& ray, std::int32_t major,
+                                  std::int32_t minor) {
+        return ray.isXMajor ? image.Pixel(major, minor) : image.Pixel(minor, major);
+    }
+
+    // The images as the kernels see them, from the plan's first common row or column on.
+    RayGroup MakeGroup(const RayGroupPlan& plan) const {
+        RayGroup group{};
+        const Ray& ray = plan.rays[0];
+        const Image& image = imageIn;
+        constexpr std::ptrdiff_t pixel = kChannels;
+        constexpr std::ptrdiff_t sumPixel = kAccumulatorFloats;
+        const std::ptrdiff_t row = image.width * pixel;
+        const std::ptrdiff_t sumRow = image.width * sumPixel;
+        const std::ptrdiff_t first = plan.firstMajor;
+        group.imageMinor = ray.isXMajor ? row : pixel;
+        group.imageStep = ray.sign * (ray.isXMajor ? pixel : row);
+        group.image = reinterpret_cast<const float*>(image.data) +
+                      first * (ray.isXMajor ? pixel : row);
+        group.accumulatorMinor = ray.isXMajor ? sumRow : sumPixel;
+        group.accumulatorStep = ray.sign * (ray.isXMajor ? sumPixel : sumRow);
+        group.accumulator =
+            reinterpret_cast<float*>(accumulator_.data) + first * (ray.isXMajor ? sumPixel : sumRow);
+        group.minorSize = ray.isXMajor ? image.height : image.width;
+        group.prefetch = plan.Prefetch();
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            group.slope[g] = plan.rays[g].slope;
+        }
+        return group;
+    }
+
+    // In steps of the ray's major axis.
+    WindowRule RuleOf(const Ray& ray) const {
+        const double step = std::sqrt(1.0 + ray.slope * ray.slope);
+        return {ray.startDistance / step, holdoutRadius / step, strength, zoomStart};
+    }
+
+private:
+    void ScatterLine(Side& side, const Ray& ray) {
+        const double slope = ray.slope;
+        const WindowRule rule = RuleOf(ray);
+        const std::int32_t safe = side.zone.SafeStep(ray);
+        double selection = 1.0;
+        double minor = ray.minor;
+        for (std::int32_t i = 0; i < ray.steps; ++i, minor += slope) {
+            const std::int32_t major = ray.start + ray.sign * i;
+            if (HasSelection()) {
+                ReadSelection(ray, major, minor, selection);
+            }
+            const double length = WindowLength(rule, i, selection);
+            ChannelArray<double, kChannels> value;
+            static_cast<Blur*>(this)->Value(value, side.lines, ray.steps, i, length);
+            SplatStep(side, ray, i < safe, major, minor, value);
+        }
+    }
+
+    // Beside the image the value of the previous read stands.
+    void ReadSelection(const Ray& ray, std::int32_t major, double minor, double& value) const {
+        const MinorPlace place = PlaceOf(minor, ray.isXMajor ? imageIn.height : imageIn.width);
+        if (place.isInside) {
+            const double first = *PixelAt(imageSelection, ray, major, place.first);
+            const double second = *PixelAt(imageSelection, ray, major, place.second);
+            value = (first * (1.0 - place.t) + second * place.t) * kMaskScale;
+        }
+    }
+
+protected:
+    // Adds at once where no earlier side can reach, and to the side's list elsewhere.
+    void Splat(Side& side, const Ray& ray, bool mustTest, std::int32_t major, std::int32_t minor,
+               double part, const double* value) {
+        const std::int32_t x = ray.isXMajor ? major : minor;
+        const std::int32_t y = ray.isXMajor ? minor : major;
+        if (!mustTest || side.zone.Contains(x, y)) {
+            ChannelArray<double, kChannels> weighted;
+            for (int c = 0; c < kChannels; ++c) {
+                weighted[c] = part * value[c];
+            }
+            AddNow(accumulator_.Pixel(x, y), weighted, static_cast<float>(part));
+            return;
+        }
+        auto* entry = lists_[side.index].Append();
+        if (entry == nullptr) {
+            side.isOutOfMemory = true;
+            return;
+        }
+        entry->pixel = static_cast<std::uint32_t>(y) * static_cast<std::uint32_t>(imageIn.width) +
+                       static_cast<std::uint32_t>(x);
+        entry->weight = static_cast<float>(part);
+        for (int c = 0; c < kChannels; ++c) {
+            entry->value[c] = part * value[c];
+        }
+    }
+
+private:
+    // Sums are formed in double and kept in single precision; weights in single precision.
+    static void AddNow(unsigned char* pixel, const double* weighted, float weight) {
+        for (int c = 0; c < kChannels; ++c) {
+            const double sum = static_cast<double>(LoadChannel<float>(pixel, c)) + weighted[c];
+            StoreChannel(pixel, c, static_cast<float>(sum));
+        }
+        StoreChannel(pixel, kChannels, LoadChannel<float>(pixel, kChannels) + weight);
+    }
+
+    void AddLater(const typename ContributionList<kChannels>::Entry& entry) {
+        const std::size_t offset = static_cast<std::size_t>(entry.pixel) *
+                                   static_cast<std::size_t>(AccumulatorPixel::kSize);
+        AddNow(accumulator_.data + offset, entry.value, entry.weight);
+    }
+
+    // Pixels that no ray reached come out as 0.
+    void NormalizeRow(std::int32_t y) const {
+        const RowKernels* kernels = SelectRowKernels();
+        if (kernels != nullptr) {
+            kernels->normalize[kChannels](reinterpret_cast<float*>(imageOut.Row(y)),
+                                          reinterpret_cast<const float*>(accumulator_.Row(y)),
+                                          imageOut.width);
+            return;
+        }
+        for (std::int32_t x = 0; x < imageOut.width; ++x) {
+            const unsigned char* sums = accumulator_.Pixel(x, y);
+            const double weight = LoadChannel<float>(sums, kChannels);
+            const double factor = weight != 0.0 ? 1.0 / weight : 0.0;
+            unsigned char* out = imageOut.Pixel(x, y);
+            for (int c = 0; c < kChannels; ++c) {
+                StoreChannel(out, c, static_cast<float>(LoadChannel<float>(sums, c) * factor));
+            }
+        }
+    }
+
+    std::int32_t Normalize(std::uint32_t index, std::uint32_t count) {
+        std::int32_t status = host_->StatusOk();
+        const RowBand band = BandOf(imageOut.height, index, count);
+        for (std::int32_t y = band.first; y < band.end && IsOk(status); ++y) {
+            NormalizeRow(y);
+            status = ReportStepDone();
+        }
+        return status;
+    }
+
+    std::int32_t ReportStepDone() {
+        const std::uint32_t done = stepsDone_.fetch_add(1, std::memory_order_relaxed);
+        return ReportStep(progressPosition_, progressRange_, done, totalSteps_);
+    }
+
+    ContributionList<kChannels> lists_[kSideCount];
+    std::int32_t sideStatus_[kSideCount] = {};
+    std::uint32_t totalSteps_ = 0;
+    std::atomic<std::uint32_t> stepsDone_{0};
+    std::uint32_t progressPosition_ = 0;
+    std::uint32_t progressRange_ = 1;
+};
+
+}  // namespace mv

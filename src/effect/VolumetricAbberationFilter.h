@@ -1,0 +1,231 @@
+#pragma once
+
+#include "effect/RayBlurFilter.h"
+#include "effect/SpectralWindow.h"
+#include "effect/kernels/SpectralKernels.h"
+
+namespace mv {
+
+// The blur of the mode "abberative": the window of each pixel is cut into five segments, and each
+// colour has its own weights over them, so that a streak runs through the colours along its
+// length. Windows cut at the end of a line are true means and do not get dimmer.
+template <class Image, class AccumulatorPixel, class Selection>
+class VolumetricAbberationFilter final
+    : public RayBlurFilter<VolumetricAbberationFilter<Image, AccumulatorPixel, Selection>, Image,
+                           AccumulatorPixel, Selection> {
+    using Base = RayBlurFilter<VolumetricAbberationFilter, Image, AccumulatorPixel, Selection>;
+    friend Base;
+    using Base::kChannels;
+    using Base::kColors;
+    using Side = typename Base::Side;
+
+    static constexpr int kLineCount = 5;
+    static constexpr const char* kName = "VolumetricAbberationFilter";
+
+public:
+    using Base::Base;
+
+    bool invert_gradient = false;
+
+private:
+    // lines: samples, then sums upward once and twice, then downward once and twice. Beyond the
+    // line the downward sums start anew on every ray: 0 at n + 1, the recursion's value at n + 2.
+    void BuildTables(double* const* lines, std::int32_t n) const {
+        const double* s = lines[0];
+        for (int c = 0; c < kChannels; ++c) {
+            double once = 0.0;
+            double twice = 0.0;
+            for (std::int32_t k = 0; k <= n + 1; ++k) {
+                once = once + s[k * kChannels + c];
+                twice = twice + once;
+                lines[1][k * kChannels + c] = once;
+                lines[2][k * kChannels + c] = twice;
+            }
+            lines[3][(n + 2) * kChannels + c] = -s[(n + 1) * kChannels + c];
+            lines[4][(n + 2) * kChannels + c] = 0.0;
+            lines[3][(n + 1) * kChannels + c] = 0.0;
+            lines[4][(n + 1) * kChannels + c] = 0.0;
+            once = 0.0;
+            twice = 0.0;
+            for (std::int32_t k = n; k >= -2; --k) {
+                once = once + s[k * kChannels + c];
+                twice = twice + once;
+                lines[3][k * kChannels + c] = once;
+                lines[4][k * kChannels + c] = twice;
+            }
+        }
+    }
+
+    void Value(double* out, const double* const* lines, std::int32_t n, std::int32_t i,
+               double length) const {
+        const SpectralTables tables{lines[1], lines[2], lines[3], lines[4]};
+        SpectralWindow<kColors, kChannels>(out, length, this->zoomStart, i, n, tables,
+                                           invert_gradient);
+    }
+
+    // The lines of four rays, a ray to a lane.
+    struct FastState {
+        SpectralLines lines{};
+    };
+
+    static constexpr std::ptrdiff_t kStride = kChannels * kRaysInGroup;
+
+    std::uint64_t FastDoubles() const {
+        if (kernels_ == nullptr || this->HasSelection()) {
+            return 0;
+        }
+        return kLineCount * LineDoubles();
+    }
+
+    std::uint64_t LineDoubles() const {
+        return static_cast<std::uint64_t>(this->LongestLine() + kLineSlack) * kStride;
+    }
+
+    void PrepareFast(Side& side) const {
+        double* memory = side.fastBuffer + kLineLead * kStride;
+        const auto next = static_cast<std::ptrdiff_t>(LineDoubles());
+        side.fast.lines = {memory, memory + next, memory + 2 * next, memory + 3 * next,
+                           memory + 4 * next};
+    }
+
+    bool BlurGroup(Side& side, const Ray* rays) {
+        RayGroupPlan plan;
+        if (!plan.Make(rays) || *std::max_element(plan.lead, plan.lead + kRaysInGroup) > 0) {
+            return false;
+        }
+        SampleGroup(side.fast.lines, plan);
+        SumGroup(side.fast.lines, plan);
+        ScatterGroup(side, plan);
+        return true;
+    }
+
+    static std::int32_t MostSteps(const RayGroupPlan& plan) {
+        std::int32_t most = plan.common;
+        for (const Ray& ray : plan.rays) {
+            most = std::max(most, ray.steps);
+        }
+        return most;
+    }
+
+    static double* Entry(double* line, std::int32_t k, int g) {
+        return line + static_cast<std::ptrdiff_t>(k) * kStride + g;
+    }
+
+    // Longer rays go on alone; then each line is extended by its last sample, two entries beyond
+    // the longest, and by its first.
+    void SampleGroup(const SpectralLines& lines, const RayGroupPlan& plan) const {
+        RayGroup group = this->MakeGroup(plan);
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            group.minor[g] = plan.rays[g].minor;
+        }
+        group.steps = plan.common;
+        kernels_->sample[kChannels](group, lines.samples);
+        const std::int32_t end = MostSteps(plan) + 2;
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            const Ray& ray = plan.rays[g];
+            double minor = group.minor[g];
+            for (std::int32_t i = plan.common; i < ray.steps; ++i, minor += ray.slope) {
+                ChannelArray<double, kChannels> sample;
+                this->SamplePixel(ray, ray.start + ray.sign * i, minor, sample);
+                for (int c = 0; c < kChannels; ++c) {
+                    Entry(lines.samples, i, g)[c * kRaysInGroup] = sample[c];
+                }
+            }
+            for (int c = 0; c < kChannels; ++c) {
+                const std::ptrdiff_t channel = c * kRaysInGroup;
+                const double last = Entry(lines.samples, ray.steps - 1, g)[channel];
+                for (std::int32_t k = ray.steps; k < end; ++k) {
+                    Entry(lines.samples, k, g)[channel] = last;
+                }
+                const double first = Entry(lines.samples, 0, g)[channel];
+                Entry(lines.samples, -1, g)[channel] = first;
+                Entry(lines.samples, -2, g)[channel] = first;
+            }
+        }
+    }
+
+    // The downward sums of each ray start beyond its own end.
+    void SumGroup(const SpectralLines& lines, const RayGroupPlan& plan) const {
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            const std::int32_t n = plan.rays[g].steps;
+            for (int c = 0; c < kChannels; ++c) {
+                const std::ptrdiff_t channel = c * kRaysInGroup;
+                Entry(lines.down1, n + 2, g)[channel] =
+                    -Entry(lines.samples, n + 1, g)[channel];
+                Entry(lines.down2, n + 2, g)[channel] = 0.0;
+                Entry(lines.down1, n + 1, g)[channel] = 0.0;
+                Entry(lines.down2, n + 1, g)[channel] = 0.0;
+                double once = 0.0;
+                double twice = 0.0;
+                for (std::int32_t k = n; k > plan.common; --k) {
+                    once = once + Entry(lines.samples, k, g)[channel];
+                    twice = twice + once;
+                    Entry(lines.down1, k, g)[channel] = once;
+                    Entry(lines.down2, k, g)[channel] = twice;
+                }
+            }
+        }
+        kernels_->sum[kChannels](lines, MostSteps(plan), plan.common);
+    }
+
+    SpectralRule RuleOfGroup(const RayGroupPlan& plan) const {
+        SpectralRule rule{};
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            const WindowRule ray = this->RuleOf(plan.rays[g]);
+            rule.startDistance[g] = ray.startDistance;
+            rule.holdout[g] = ray.holdout;
+            rule.steps[g] = plan.rays[g].steps;
+        }
+        rule.fewestSteps = plan.common;
+        rule.strength = this->strength;
+        rule.zoomStart = this->zoomStart;
+        rule.isShared = this->AreWindowsAlike();
+        rule.invertGradient = invert_gradient;
+        return rule;
+    }
+
+    void ScatterGroup(Side& side, const RayGroupPlan& plan) {
+        RayGroup group = this->MakeGroup(plan);
+        std::int32_t safe[kRaysInGroup];
+        std::int32_t tested = 0;
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            group.minor[g] = plan.rays[g].minor;
+            safe[g] = side.zone.SafeStep(plan.rays[g]);
+            tested = std::max(tested, safe[g]);
+        }
+        tested = std::min(tested, plan.common);
+        for (std::int32_t i = 0; i < tested; ++i) {
+            for (int g = 0; g < kRaysInGroup; ++g) {
+                ScatterStep(side, plan.rays[g], g, i, true, group.minor[g]);
+            }
+        }
+        group.accumulator += tested * group.accumulatorStep;
+        group.steps = plan.common - tested;
+        constexpr int hasAlpha = kChannels > kColors ? 1 : 0;
+        kernels_->scatter[kChannels][hasAlpha](group, side.fast.lines, RuleOfGroup(plan), tested);
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            const Ray& ray = plan.rays[g];
+            for (std::int32_t i = plan.common; i < ray.steps; ++i) {
+                ScatterStep(side, ray, g, i, i < safe[g], group.minor[g]);
+            }
+        }
+    }
+
+    // One step of one ray, from its lane of the lines.
+    void ScatterStep(Side& side, const Ray& ray, int g, std::int32_t i, bool mustTest,
+                     double& minor) {
+        const SpectralLines& lines = side.fast.lines;
+        const SpectralTables tables{lines.up1 + g, lines.up2 + g, lines.down1 + g,
+                                    lines.down2 + g};
+        ChannelArray<double, kChannels> value;
+        SpectralWindow<kColors, kChannels, kRaysInGroup>(
+            value, WindowLength(this->RuleOf(ray), i, 1.0), this->zoomStart, i, ray.steps, tables,
+            invert_gradient);
+        this->SplatStep(side, ray, mustTest, ray.start + ray.sign * i, minor, value);
+        minor += ray.slope;
+    }
+
+    const SpectralKernels* kernels_ = SelectSpectralKernels();
+};
+
+}  // namespace mv

@@ -1,0 +1,39 @@
+// Loading and storing the floats of one pixel. Included inside the unnamed namespace of a kernel
+// source file.
+
+inline __m128 LoadPair(const float* from) {
+    return _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(from)));
+}
+
+inline void StorePair(float* to, __m128 v) {
+    _mm_store_sd(reinterpret_cast<double*>(to), _mm_castps_pd(v));
+}
+
+// count floats, the rest of the register 0; never reads past them.
+template <int count>
+inline __m128 LoadFloats(const float* from) {
+    if constexpr (count == 1) {
+        return _mm_load_ss(from);
+    } else if constexpr (count == 2) {
+        return LoadPair(from);
+    } else if constexpr (count == 3) {
+        return _mm_movelh_ps(LoadPair(from), _mm_load_ss(from + 2));
+    } else {
+        return _mm_loadu_ps(from);
+    }
+}
+
+// Never writes past count floats.
+template <int count>
+inline void StoreFloats(float* to, __m128 v) {
+    if constexpr (count == 1) {
+        _mm_store_ss(to, v);
+    } else if constexpr (count == 2) {
+        StorePair(to, v);
+    } else if constexpr (count == 3) {
+        StorePair(to, v);
+        _mm_store_ss(to + 2, _mm_movehl_ps(v, v));
+    } else {
+        _mm_storeu_ps(to, v);
+    }
+}

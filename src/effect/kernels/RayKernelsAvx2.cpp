@@ -1,0 +1,23 @@
+#include <immintrin.h>
+
+#include <cstddef>
+#include <cstdint>
+
+#include "effect/kernels/RayKernels.h"
+
+namespace mv {
+namespace {
+
+#include "effect/kernels/VectorAvx2.h"
+
+#include "effect/kernels/PixelAccess.h"
+
+#include "effect/kernels/RayKernelBody.h"
+
+}  // namespace
+
+extern const RayKernels kRayKernelsAvx2 = {
+    {nullptr, &Sample<1>, &Sample<2>, &Sample<3>, &Sample<4>},
+    {nullptr, &Scatter<1>, &Scatter<2>, &Scatter<3>, &Scatter<4>}};
+
+}  // namespace mv

@@ -1,0 +1,50 @@
+// Hot loops of the "abberative" blur: four neighbouring rays, one in each lane.
+#pragma once
+
+#include <cstdint>
+
+#include "effect/kernels/RayKernels.h"
+
+namespace mv {
+
+// Lines of four rays: entry k, channel c of ray g lies at (k * channels + c) * 4 + g. Entries -2
+// to n + 2. up and down hold running sums, once and twice, upward and downward.
+struct SpectralLines {
+    double* samples;
+    double* up1;
+    double* up2;
+    double* down1;
+    double* down2;
+};
+
+// Where the windows of four rays lie. Lengths in steps of each ray's line.
+struct SpectralRule {
+    double startDistance[kRaysInGroup];
+    double holdout[kRaysInGroup];
+    double steps[kRaysInGroup];  // samples of each ray's line
+    double fewestSteps;
+    double strength;
+    double zoomStart;
+    bool isShared;  // neither distance nor holdout: the four rays' windows are the same
+    bool invertGradient;
+};
+
+struct SpectralKernels {
+    // Samples group.steps entries of the four lines. prefix and last are not used.
+    void (*sample[5])(RayGroup& group, double* samples);
+    // Sums entries 0 to steps + 1 upward, and fewest to -2 downward onto entry fewest + 1, for all
+    // four rays; what lies above in longer lines is the caller's.
+    void (*sum[5])(const SpectralLines& lines, std::int32_t steps, std::int32_t fewest);
+    // Adds the windows of the steps from on, group.steps of them, to the accumulator. colors is
+    // channels, or one less when the last is alpha.
+    void (*scatter[5][2])(RayGroup& group, const SpectralLines& lines, const SpectralRule& rule,
+                          std::int32_t from);
+};
+
+// Null where the plain form is to be used.
+const SpectralKernels* SelectSpectralKernels() noexcept;
+
+extern const SpectralKernels kSpectralKernelsSse2;
+extern const SpectralKernels kSpectralKernelsAvx2;
+
+}  // namespace mv

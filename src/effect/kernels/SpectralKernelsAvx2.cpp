@@ -1,0 +1,30 @@
+#include "effect/kernels/SpectralKernels.h"
+
+#include <immintrin.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace mv {
+namespace {
+
+#include "effect/kernels/VectorAvx2.h"
+
+#include "effect/kernels/PixelAccess.h"
+
+#include "effect/kernels/RayKernelBody.h"
+
+#include "effect/kernels/SpectralKernelBody.h"
+
+}  // namespace
+
+extern const SpectralKernels kSpectralKernelsAvx2 = {
+    {nullptr, &SpectralSample<1>, &SpectralSample<2>, &SpectralSample<3>, &SpectralSample<4>},
+    {nullptr, &SpectralSum<1>, &SpectralSum<2>, &SpectralSum<3>, &SpectralSum<4>},
+    {{nullptr, nullptr},
+     {&SpectralScatter<1, 1>, nullptr},
+     {&SpectralScatter<2, 2>, &SpectralScatter<1, 2>},
+     {&SpectralScatter<3, 3>, &SpectralScatter<2, 3>},
+     {nullptr, &SpectralScatter<3, 4>}}};
+
+}  // namespace mv

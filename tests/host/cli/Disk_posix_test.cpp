@@ -1,0 +1,276 @@
+// Writing: full disks, links, rights, and the files as other readers see them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <png.h>
+#include <sys/stat.h>
+#include <tiffio.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include "pictures/PictureFile.h"
+#include "support/ChildProcess.h"
+#include "support/TestFiles.h"
+
+namespace mv::host::test {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+class DiskTest : public ::testing::Test {
+protected:
+    std::string Text(const std::string& name) const { return PathToText(folder_ / name); }
+
+    TempFolder folder_;
+};
+
+// A limit on file sizes stops a write in the middle, just as a full disk does.
+class FullDiskTest : public DiskTest, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(FullDiskTest, GivesSixAndLeavesTheOldOutput) {
+    WriteGradientPng(folder_ / "in.png", 200, 200, 3, 16);
+    const std::string name = std::string("out") + GetParam();
+    const std::string before = "what was there before";
+    WriteText(folder_ / name, before);
+    for (const std::uint64_t limit : {1U, 100U, 5000U}) {
+        const ProgramRun run = RunRadialBlur({Text("in.png"), Text(name)}, {.largestFile = limit});
+        EXPECT_EQ(run.code, 6) << limit;
+        EXPECT_THAT(run.err, HasSubstr("cannot write '" + Text(name) +
+                                       "': the file would become larger than the system allows"));
+        EXPECT_EQ(ReadBytes(folder_ / name), Bytes(before.begin(), before.end()));
+        EXPECT_THAT(folder_.Names(), ElementsAre("in.png", name));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, FullDiskTest, ::testing::Values(".png", ".tif"));
+
+TEST_F(DiskTest, AnUnfinishedWriteLeavesNoNewFile) {
+    WriteGradientPng(folder_ / "in.png", 200, 200, 3, 8);
+    const ProgramRun run = RunRadialBlur({Text("in.png"), Text("out.png")}, {.largestFile = 1000});
+    EXPECT_EQ(run.code, 6);
+    EXPECT_THAT(folder_.Names(), ElementsAre("in.png"));
+}
+
+TEST_F(DiskTest, ADeviceIsNoOutput) {
+    WriteGradientPng(folder_ / "in.png", 3, 3, 3, 8);
+    fs::create_symlink("/dev/full", folder_ / "out.png");
+    const ProgramRun run = RunRadialBlur({Text("in.png"), Text("out.png")});
+    EXPECT_EQ(run.code, 6);
+    EXPECT_THAT(run.err, HasSubstr("it is no ordinary file"));
+    EXPECT_TRUE(fs::is_symlink(folder_ / "out.png"));
+}
+
+TEST_F(DiskTest, WhatALinkNamesIsReplacedAndTheLinkStays) {
+    WriteGradientPng(folder_ / "in.png", 3, 3, 3, 8);
+    fs::create_directory(folder_ / "far");
+    WriteText(folder_ / "far" / "real.png", "old");
+    fs::create_symlink(folder_ / "far" / "real.png", folder_ / "out.png");
+    EXPECT_EQ(RunRadialBlur({Text("in.png"), Text("out.png")}).code, 0);
+    EXPECT_TRUE(fs::is_symlink(folder_ / "out.png"));
+    Picture picture;
+    EXPECT_FALSE(ReadPicture(folder_ / "far" / "real.png", picture).has_value());
+    EXPECT_EQ(picture.width, 3);
+}
+
+TEST_F(DiskTest, AReplacedFileKeepsItsRights) {
+    WriteGradientPng(folder_ / "in.png", 3, 3, 3, 8);
+    WriteText(folder_ / "out.png", "old");
+    chmod((folder_ / "out.png").c_str(), 0640);
+    EXPECT_EQ(RunRadialBlur({Text("in.png"), Text("out.png")}).code, 0);
+    struct stat status {};
+    ASSERT_EQ(stat((folder_ / "out.png").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0640U);
+}
+
+TEST_F(DiskTest, ANewFileGetsTheUsualRights) {
+    WriteGradientPng(folder_ / "in.png", 3, 3, 3, 8);
+    EXPECT_EQ(RunRadialBlur({Text("in.png"), Text("out.png")}).code, 0);
+    const mode_t mask = umask(0);
+    umask(mask);
+    struct stat status {};
+    ASSERT_EQ(stat((folder_ / "out.png").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0666U & ~mask);
+}
+
+TEST_F(DiskTest, RelativeNamesAreFoundInTheCurrentFolder) {
+    WriteGradientPng(folder_ / "in.png", 3, 3, 3, 8);
+    const ProgramRun run = RunRadialBlur({"in.png", "out.png"}, {.folder = folder_.Path()});
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_THAT(folder_.Names(), ElementsAre("in.png", "out.png"));
+}
+
+TEST_F(DiskTest, NamesOfTheGreatestLengthAreServed) {
+    WriteGradientPng(folder_ / "in.png", 3, 3, 3, 8);
+    const std::string name = std::string(251, 'n') + ".png";
+    EXPECT_EQ(RunRadialBlur({Text("in.png"), Text(name)}).code, 0);
+    EXPECT_TRUE(fs::exists(folder_ / name));
+}
+
+TEST_F(DiskTest, ANameThatIsNoUtf8IsServed) {
+    const std::string name = "\xE4\xF6.png";
+    WriteGradientPng(folder_ / name, 3, 3, 3, 8);
+    const ProgramRun run = RunRadialBlur({Text(name), Text("out\xFC.png"), "--json"});
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_TRUE(fs::exists(folder_ / "out\xFC.png"));
+    EXPECT_THAT(run.out, HasSubstr("\xEF\xBF\xBD\xEF\xBF\xBD.png\""));
+}
+
+TEST_F(DiskTest, AReportThatCannotBeWrittenGivesSix) {
+    WriteGradientPng(folder_ / "in.png", 3, 3, 3, 8);
+    const ProgramRun run =
+        RunRadialBlur({Text("in.png"), Text("out.png"), "--json"}, {.closedOutput = true});
+    EXPECT_EQ(run.code, 6);
+    EXPECT_THAT(run.err, HasSubstr("cannot write to the standard output"));
+}
+
+// The stop function answers yes when it is asked for the n-th time, for every n.
+class StoppedWriteTest : public DiskTest, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(StoppedWriteTest, LeavesWhatWasThere) {
+    Picture picture;
+    picture.width = 300;
+    picture.height = 300;
+    picture.samples.resize(270000, 17);
+    const fs::path path = folder_ / (std::string("out") + GetParam());
+    WriteText(path, "old");
+    int stops = 0;
+    for (int limit = 1;; ++limit) {
+        int asked = 0;
+        const PictureResult result = WritePicture(path, picture, [&] { return ++asked == limit; });
+        EXPECT_THAT(folder_.Names(), ElementsAre(path.filename().string()));
+        if (!result) {
+            break;
+        }
+        ++stops;
+        EXPECT_EQ(result->fault, PictureFault::Stopped);
+        EXPECT_EQ(ReadBytes(path), (Bytes{'o', 'l', 'd'}));
+    }
+    EXPECT_GE(stops, 3);
+    EXPECT_GT(ReadBytes(path).size(), 100U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, StoppedWriteTest, ::testing::Values(".png", ".tif"));
+
+// The files as the libraries' own readers see them.
+
+struct Decoded {
+    unsigned width = 0;
+    unsigned height = 0;
+    int bits = 0;
+    int type = 0;
+    Bytes rows;
+};
+
+Decoded DecodePng(const fs::path& path) {
+    Decoded decoded;
+    std::FILE* const file = std::fopen(path.c_str(), "rb");
+    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png_create_info_struct(png);
+    png_init_io(png, file);
+    png_read_png(png, info, PNG_TRANSFORM_IDENTITY, nullptr);
+    decoded.width = png_get_image_width(png, info);
+    decoded.height = png_get_image_height(png, info);
+    decoded.bits = png_get_bit_depth(png, info);
+    decoded.type = png_get_color_type(png, info);
+    png_bytepp const rows = png_get_rows(png, info);
+    for (unsigned y = 0; y < decoded.height; ++y) {
+        decoded.rows.insert(decoded.rows.end(), rows[y], rows[y] + png_get_rowbytes(png, info));
+    }
+    png_destroy_read_struct(&png, &info, nullptr);
+    std::fclose(file);
+    return decoded;
+}
+
+TEST_F(DiskTest, ASixteenBitPngIsMostSignificantByteFirst) {
+    PngFile png{.width = 2, .height = 1, .bits = 16, .colorType = 2};
+    // Levels that the interface has: the nearest file levels to 1, 2, 3 and 32765, 32766, 32767.
+    png.rows = {{0, 2, 0, 4, 0, 6, 0xFF, 0xF9, 0xFF, 0xFB, 0xFF, 0xFD}};
+    WritePngFile(folder_ / "in.png", png);
+    ASSERT_EQ(RunRadialBlur({Text("in.png"), Text("out.png")}, {.fake = "copy"}).code, 0);
+    const Decoded decoded = DecodePng(folder_ / "out.png");
+    EXPECT_EQ(decoded.width, 2U);
+    EXPECT_EQ(decoded.height, 1U);
+    EXPECT_EQ(decoded.bits, 16);
+    EXPECT_EQ(decoded.type, PNG_COLOR_TYPE_RGB);
+    EXPECT_EQ(decoded.rows, png.rows[0]);
+}
+
+TEST_F(DiskTest, GrayWithAlphaStaysGrayWithAlpha) {
+    PngFile png{.width = 2, .height = 1, .bits = 8, .colorType = 4};
+    png.rows = {{10, 20, 30, 40}};
+    WritePngFile(folder_ / "in.png", png);
+    ASSERT_EQ(RunRadialBlur({Text("in.png"), Text("out.png")}, {.fake = "copy"}).code, 0);
+    const Decoded decoded = DecodePng(folder_ / "out.png");
+    EXPECT_EQ(decoded.type, PNG_COLOR_TYPE_GRAY_ALPHA);
+    EXPECT_EQ(decoded.rows, png.rows[0]);
+}
+
+TEST_F(DiskTest, TheSmallColourChunksStay) {
+    PngFile png{.width = 2, .height = 1, .bits = 8, .colorType = 2};
+    png.rows = {Bytes(6, 9)};
+    Bytes points;
+    for (const std::uint32_t value :
+         {31270U, 32900U, 64000U, 33000U, 30000U, 60000U, 15000U, 6000U}) {
+        const Bytes bytes = BigEndian32(value);
+        points.insert(points.end(), bytes.begin(), bytes.end());
+    }
+    png.chunks = {{"gAMA", BigEndian32(45455)}, {"cHRM", points}, {"sRGB", {2}}};
+    WritePngFile(folder_ / "in.png", png);
+    ASSERT_EQ(RunRadialBlur({Text("in.png"), Text("out.png")}).code, 0);
+    EXPECT_EQ(FindPngChunk(folder_ / "out.png", "gAMA"), BigEndian32(45455));
+    EXPECT_EQ(FindPngChunk(folder_ / "out.png", "cHRM"), points);
+    EXPECT_THAT(FindPngChunk(folder_ / "out.png", "sRGB"), ElementsAre(2));
+    EXPECT_THAT(FindPngChunk(folder_ / "out.png", "iCCP"), IsEmpty());
+}
+
+TEST_F(DiskTest, AGammaOfItsOwnStays) {
+    PngFile png{.width = 2, .height = 1, .bits = 8, .colorType = 2};
+    png.rows = {Bytes(6, 9)};
+    png.chunks = {{"gAMA", BigEndian32(100000)}};
+    WritePngFile(folder_ / "in.png", png);
+    ASSERT_EQ(RunRadialBlur({Text("in.png"), Text("out.png")}).code, 0);
+    EXPECT_EQ(FindPngChunk(folder_ / "out.png", "gAMA"), BigEndian32(100000));
+    EXPECT_THAT(FindPngChunk(folder_ / "out.png", "sRGB"), IsEmpty());
+}
+
+TEST_F(DiskTest, AFloatTiffWithAlphaIsDeclaredAsSuch) {
+    TiffPicture tiff;
+    tiff.width = 1;
+    tiff.height = 1;
+    tiff.bits = 32;
+    tiff.samples = 4;
+    tiff.sampleFormat = 3;
+    tiff.tags = {{338, 3, Short(tiff, 2)}};
+    const float pixel[4] = {0.25F, -1.5F, 3.0F, 0.5F};
+    Bytes block(sizeof pixel);
+    std::memcpy(block.data(), pixel, sizeof pixel);
+    tiff.blocks = {block};
+    WriteTiffFile(folder_ / "in.tif", tiff);
+    ASSERT_EQ(RunRadialBlur({Text("in.tif"), Text("out.tif")}, {.fake = "copy"}).code, 0);
+    TIFF* const out = TIFFOpen((folder_ / "out.tif").c_str(), "r");
+    ASSERT_NE(out, nullptr);
+    std::uint16_t bits = 0;
+    std::uint16_t format = 0;
+    std::uint16_t photometric = 0;
+    std::uint16_t count = 0;
+    std::uint16_t* kinds = nullptr;
+    TIFFGetField(out, TIFFTAG_BITSPERSAMPLE, &bits);
+    TIFFGetField(out, TIFFTAG_SAMPLEFORMAT, &format);
+    TIFFGetField(out, TIFFTAG_PHOTOMETRIC, &photometric);
+    ASSERT_EQ(TIFFGetField(out, TIFFTAG_EXTRASAMPLES, &count, &kinds), 1);
+    EXPECT_EQ(bits, 32);
+    EXPECT_EQ(format, SAMPLEFORMAT_IEEEFP);
+    EXPECT_EQ(photometric, PHOTOMETRIC_RGB);
+    EXPECT_EQ(count, 1);
+    EXPECT_EQ(kinds[0], EXTRASAMPLE_UNASSALPHA);
+    float read[4] = {};
+    EXPECT_EQ(TIFFReadScanline(out, read, 0, 0), 1);
+    EXPECT_EQ(std::memcmp(read, pixel, sizeof pixel), 0);
+    TIFFClose(out);
+}
+
+}  // namespace
+}  // namespace mv::host::test

@@ -1,0 +1,91 @@
+#include <windows.h>
+
+#include <stdexcept>
+#include <thread>
+
+#include "pictures/PictureFile.h"
+#include "support/ChildProcess.h"
+
+namespace mv::host::test {
+namespace {
+
+std::wstring Wide(const std::string& text) {
+    return PathFromText(text).wstring();
+}
+
+// Quotes a word as the system's own splitting undoes it; no word of the tests ends in '\'.
+std::wstring Quoted(const std::string& word) {
+    return L"\"" + Wide(word) + L"\"";
+}
+
+struct Pipe {
+    HANDLE readEnd = nullptr;
+    HANDLE writeEnd = nullptr;
+};
+
+Pipe MakePipe() {
+    SECURITY_ATTRIBUTES inherit{sizeof inherit, nullptr, TRUE};
+    Pipe pipe;
+    if (CreatePipe(&pipe.readEnd, &pipe.writeEnd, &inherit, 0) == 0) {
+        throw std::runtime_error("no pipe");
+    }
+    SetHandleInformation(pipe.readEnd, HANDLE_FLAG_INHERIT, 0);
+    return pipe;
+}
+
+void Drain(HANDLE pipe, std::string& text) {
+    char buffer[4096];
+    DWORD count = 0;
+    while (ReadFile(pipe, buffer, sizeof buffer, &count, nullptr) != 0 && count > 0) {
+        text.append(buffer, count);
+    }
+}
+
+// Text streams end their lines in two characters there.
+void DropCarriageReturns(std::string& text) {
+    std::erase(text, '\r');
+}
+
+}  // namespace
+
+void SetFakeWords(const std::string& words) {
+    SetEnvironmentVariableW(L"FAKE_MODULE", words.empty() ? nullptr : Wide(words).c_str());
+}
+
+ProgramRun RunChild(const std::vector<std::string>& words, const RunOptions& options) {
+    std::wstring line;
+    for (const std::string& word : words) {
+        line += (line.empty() ? L"" : L" ") + Quoted(word);
+    }
+    const Pipe out = MakePipe();
+    const Pipe err = MakePipe();
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = out.writeEnd;
+    startup.hStdError = err.writeEnd;
+    PROCESS_INFORMATION process{};
+    const std::wstring folder = options.folder.wstring();
+    if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                       folder.empty() ? nullptr : folder.c_str(), &startup, &process) == 0) {
+        throw std::runtime_error("no process");
+    }
+    CloseHandle(out.writeEnd);
+    CloseHandle(err.writeEnd);
+    ProgramRun run;
+    std::thread errors([&] { Drain(err.readEnd, run.err); });
+    Drain(out.readEnd, run.out);
+    errors.join();
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD code = 0;
+    GetExitCodeProcess(process.hProcess, &code);
+    run.code = static_cast<int>(code);
+    for (const HANDLE handle : {out.readEnd, err.readEnd, process.hThread, process.hProcess}) {
+        CloseHandle(handle);
+    }
+    DropCarriageReturns(run.out);
+    DropCarriageReturns(run.err);
+    return run;
+}
+
+}  // namespace mv::host::test

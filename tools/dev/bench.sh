@@ -1,0 +1,29 @@
+# shellcheck shell=bash
+# Benchmarks and fuzz targets: what runs as long as somebody wants it to.
+
+RunBench() {
+    [[ -f benchmarks/CMakeLists.txt ]] || Die "there are no benchmarks in this checkout"
+    NeedPackages native
+    Build native-release radial_blur benchmarks
+    Say "Running the benchmarks"
+    "$(BuiltProgram build/native benchmarks)" "$@"
+}
+
+# Each fuzz target runs for so many seconds on a corpus that stays in the build folder.
+RunFuzz() {
+    local seconds="${1:-60}" target name failed=0
+    [[ $# -le 1 ]] || Die "'fuzz' takes a number of seconds only, but got '$2' as well"
+    [[ "$seconds" =~ ^[1-9][0-9]*$ ]] || Die "'fuzz' takes a number of seconds, but got '$seconds'"
+    [[ -f tests/fuzz/CMakeLists.txt ]] || Die "there are no fuzz targets in this checkout"
+    NeedPackages native clang
+    Build fuzz
+    while IFS= read -r target; do
+        name="$(basename "$target")"
+        mkdir -p "build/fuzz/corpus/$name" "build/fuzz/findings"
+        Say "Fuzzing $name for $seconds seconds"
+        "$target" -max_total_time="$seconds" -print_final_stats=1 \
+            -artifact_prefix="build/fuzz/findings/$name-" "build/fuzz/corpus/$name" || failed=1
+    done < <(find build/fuzz -name '*_fuzzer' -type f -perm -u+x | sort)
+    [[ "$failed" -eq 0 ]] || Die "a fuzz target found something; it is kept in build/fuzz/findings"
+    Say "No finding"
+}
