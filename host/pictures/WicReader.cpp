@@ -1,17 +1,16 @@
-// Reads PNG and TIFF files through Windows' own imaging component. What it cannot read, such as
-// TIFF pictures in gray with transparency, is refused with its own error number.
-#include <algorithm>
-#include <cstring>
+// Reads PNG and TIFF files through Windows' own imaging component. TIFF files that are not packed
+// are read without it: it does not know all of their shapes, such as gray with transparency.
+#include <string>
 #include <vector>
 
 #include "pictures/PictureSupport.h"
+#include "pictures/PlainTiff.h"
 #include "pictures/PngChunks.h"
 #include "pictures/WicSupport.h"
 
 namespace mv::host {
 namespace {
 
-constexpr std::size_t kBandBytes = std::size_t{1} << 24;
 constexpr std::uint64_t kLargestDeflateRatio = 1032;
 
 struct Source {
@@ -22,37 +21,26 @@ struct Source {
     const WicFormat* format = nullptr;
 };
 
-PictureResult Unreadable(const std::filesystem::path& path, HRESULT result) {
-    return Unsupported(path,
-                       "is damaged, or of a kind that the imaging component of this system "
-                       "cannot read (" +
-                           HexText(result) + "); save it in gray or RGB with 8 or 16 bits");
+HRESULT Open(const std::filesystem::path& path, const WicFactory& factory, Source& source) {
+    HRESULT result = factory->CreateDecoderFromFilename(
+        path.c_str(), nullptr, GENERIC_READ, WICDecodeMetadataCacheOnDemand, source.decoder.Cell());
+    if (SUCCEEDED(result)) {
+        result = source.decoder->GetFrame(0, source.frame.Cell());
+    }
+    GUID id{};
+    if (SUCCEEDED(result)) {
+        result = source.frame->GetPixelFormat(&id);
+    }
+    if (SUCCEEDED(result)) {
+        source.pixels = source.frame.Get();
+        source.format = FindWicFormat(id);
+    }
+    return result;
 }
 
-bool IsCmyk(const GUID& id) {
-    return id == GUID_WICPixelFormat32bppCMYK || id == GUID_WICPixelFormat64bppCMYK ||
-           id == GUID_WICPixelFormat40bppCMYKAlpha || id == GUID_WICPixelFormat80bppCMYKAlpha;
-}
-
-bool IsSmallGray(const GUID& id) {
-    return id == GUID_WICPixelFormatBlackWhite || id == GUID_WICPixelFormat2bppGray ||
-           id == GUID_WICPixelFormat4bppGray;
-}
-
-bool IsPalette(const GUID& id) {
-    return id == GUID_WICPixelFormat1bppIndexed || id == GUID_WICPixelFormat2bppIndexed ||
-           id == GUID_WICPixelFormat4bppIndexed || id == GUID_WICPixelFormat8bppIndexed;
-}
-
-bool PaletteHasAlpha(const WicFactory& factory, IWICBitmapFrameDecode* frame) {
-    ComPointer<IWICPalette> palette;
-    BOOL alpha = FALSE;
-    return SUCCEEDED(factory->CreatePalette(palette.Cell())) &&
-           SUCCEEDED(frame->CopyPalette(palette.Get())) && SUCCEEDED(palette->HasAlpha(&alpha)) &&
-           alpha != FALSE;
-}
-
-HRESULT Convert(const WicFactory& factory, Source& source, const GUID& target) {
+// Palettes and gray of less than a byte: this format is the one that every version converts to.
+HRESULT ConvertToBgra(const WicFactory& factory, Source& source) {
+    const GUID& target = GUID_WICPixelFormat32bppBGRA;
     HRESULT result = factory->CreateFormatConverter(source.converter.Cell());
     if (SUCCEEDED(result)) {
         result = source.converter->Initialize(source.frame.Get(), target, WICBitmapDitherTypeNone,
@@ -65,87 +53,12 @@ HRESULT Convert(const WicFactory& factory, Source& source, const GUID& target) {
     return result;
 }
 
-// Opens the first frame and settles how its pixels are fetched.
-PictureResult OpenSource(const std::filesystem::path& path, const WicFactory& factory,
-                         Source& source) {
-    HRESULT result = factory->CreateDecoderFromFilename(
-        path.c_str(), nullptr, GENERIC_READ, WICDecodeMetadataCacheOnDemand, source.decoder.Cell());
-    if (SUCCEEDED(result)) {
-        result = source.decoder->GetFrame(0, source.frame.Cell());
-    }
-    GUID id{};
-    if (SUCCEEDED(result)) {
-        result = source.frame->GetPixelFormat(&id);
-    }
-    if (FAILED(result)) {
-        return Unreadable(path, result);
-    }
-    if (IsCmyk(id)) {
-        return Unsupported(path,
-                           "is a TIFF picture with CMYK colours; convert it to gray or RGB "
-                           "first");
-    }
-    source.pixels = source.frame.Get();
-    source.format = FindWicFormat(id);
-    if (IsSmallGray(id)) {
-        result = Convert(factory, source, GUID_WICPixelFormat8bppGray);
-    } else if (IsPalette(id)) {
-        const bool alpha = PaletteHasAlpha(factory, source.frame.Get());
-        result = Convert(factory, source,
-                         alpha ? GUID_WICPixelFormat32bppBGRA : GUID_WICPixelFormat24bppBGR);
-    }
-    if (FAILED(result) || source.format == nullptr) {
-        return Unreadable(path, FAILED(result) ? result : WINCODEC_ERR_UNSUPPORTEDPIXELFORMAT);
-    }
-    return {};
-}
-
-// From the component's order of samples to ours; `keep` says how many of them a pixel has.
-void UnpackRow(const WicFormat& format, const std::uint8_t* from, std::uint8_t* to, int width,
-               const Picture& picture) {
-    const std::size_t size = picture.SampleBytes();
-    const auto units = static_cast<std::size_t>(format.units);
-    const int channels = picture.Channels();
-    for (int x = 0; x < width; ++x, from += units * size) {
-        for (int c = 0; c < channels; ++c) {
-            auto unit = static_cast<std::size_t>(c);
-            if (c >= picture.colours) {
-                unit = units - 1;  // alpha
-            } else if (format.blueFirst) {
-                unit = static_cast<std::size_t>(format.colours - 1 - c);
-            }
-            std::memcpy(to, from + unit * size, size);
-            to += size;
-        }
-    }
-}
-
-PictureResult CopyPixels(const std::filesystem::path& path, const Source& source, Picture& picture,
-                         const StopFunction& stop) {
-    const std::size_t rowBytes = static_cast<std::size_t>(picture.width) *
-                                 static_cast<std::size_t>(source.format->units) *
-                                 picture.SampleBytes();
-    const int rows = static_cast<int>(std::max<std::size_t>(1, kBandBytes / rowBytes));
-    std::vector<std::uint8_t> band(rowBytes *
-                                   static_cast<std::size_t>(std::min(rows, picture.height)));
-    for (int top = 0; top < picture.height; top += rows) {
-        if (stop && stop()) {
-            return Stopped(path);
-        }
-        const int count = std::min(rows, picture.height - top);
-        const WICRect rect{0, top, picture.width, count};
-        const HRESULT result = source.pixels->CopyPixels(
-            &rect, static_cast<UINT>(rowBytes),
-            static_cast<UINT>(rowBytes * static_cast<std::size_t>(count)), band.data());
-        if (FAILED(result)) {
-            return Unreadable(path, result);
-        }
-        for (int y = 0; y < count; ++y) {
-            UnpackRow(*source.format, band.data() + static_cast<std::size_t>(y) * rowBytes,
-                      picture.Row(top + y), picture.width, picture);
-        }
-    }
-    return {};
+bool PaletteHasAlpha(const WicFactory& factory, const Source& source) {
+    ComPointer<IWICPalette> palette;
+    BOOL alpha = FALSE;
+    return SUCCEEDED(factory->CreatePalette(palette.Cell())) &&
+           SUCCEEDED(source.frame->CopyPalette(palette.Get())) &&
+           SUCCEEDED(palette->HasAlpha(&alpha)) && alpha != FALSE;
 }
 
 void TakeProfile(const WicFactory& factory, IWICBitmapFrameDecode* frame, Picture& picture) {
@@ -176,52 +89,41 @@ void TakeProfile(const WicFactory& factory, IWICBitmapFrameDecode* frame, Pictur
     }
 }
 
-int OrientationOf(IWICBitmapFrameDecode* frame) {
-    ComPointer<IWICMetadataQueryReader> metadata;
-    int orientation = 1;
-    PROPVARIANT value;
-    PropVariantInit(&value);
-    if (SUCCEEDED(frame->GetMetadataQueryReader(metadata.Cell())) &&
-        SUCCEEDED(metadata->GetMetadataByName(L"/ifd/{ushort=274}", &value))) {
-        orientation = value.vt == VT_UI2 ? value.uiVal : 1;
-        PropVariantClear(&value);
-    }
-    return orientation;
+PictureError DamagedPng(const std::filesystem::path& path, const std::string& detail) {
+    const std::string text = detail.empty() ? std::string() : " (" + detail + ")";
+    return Unsupported(path, "is a damaged PNG picture" + text + "; get a good copy of it");
 }
 
-PictureResult ReadFrame(const std::filesystem::path& path, const WicFactory& factory,
-                        Source& source, Picture& picture, const StopFunction& stop) {
-    UINT width = 0;
-    UINT height = 0;
-    if (const HRESULT result = source.frame->GetSize(&width, &height); FAILED(result)) {
-        return Unreadable(path, result);
-    }
-    picture.type = source.format->type;
-    // The reader may have been told to drop colours or alpha that only repeat others.
-    if (PictureResult failure = MakeRoom(path, width, height, picture); failure) {
-        return failure;
-    }
-    TakeProfile(factory, source.frame.Get(), picture);
-    if (PictureResult failure = CopyPixels(path, source, picture, stop); failure) {
-        return failure;
-    }
-    if (source.format->premultiplied) {
-        Unpremultiply(picture);
-    }
-    return {};
-}
-
-PictureResult NoComponent(const std::filesystem::path& path) {
+PictureError NoComponent(const std::filesystem::path& path) {
     return CannotRead(path, "the imaging component of Windows is missing");
 }
 
-}  // namespace
+// What the component knows about a PNG file, and what it keeps to itself.
+PictureResult OpenPng(const std::filesystem::path& path, const WicFactory& factory,
+                      const PngFacts& facts, Source& source, Picture& picture) {
+    HRESULT result = Open(path, factory, source);
+    const bool converts = SUCCEEDED(result) && source.format == nullptr;
+    if (converts) {
+        result = ConvertToBgra(factory, source);
+    }
+    if (FAILED(result)) {
+        return DamagedPng(path, HexText(result));
+    }
+    // The component has no gray with alpha and gives colours that are all the same.
+    const bool gray = facts.colorType == 0 || facts.colorType == 4;
+    picture.type = source.format->type;
+    picture.colours = gray ? 1 : 3;
+    picture.alpha =
+        converts ? facts.colorType == 3 && PaletteHasAlpha(factory, source) : source.format->alpha;
+    picture.color = facts.color;
+    picture.resolution = facts.resolution;
+    TakeProfile(factory, source.frame.Get(), picture);
+    return {};
+}
 
-PictureResult ReadPng(const std::filesystem::path& path, Picture& picture,
-                      const StopFunction& stop) {
-    PngFacts facts;
+PictureResult JudgePng(const std::filesystem::path& path, PngFacts& facts) {
     if (!ReadPngFacts(path, facts)) {
-        return Unsupported(path, "is a damaged PNG picture; get a good copy of it");
+        return DamagedPng(path, "");
     }
     if (PictureResult failure = CheckSize(path, facts.width, facts.height); failure) {
         return failure;
@@ -231,47 +133,109 @@ PictureResult ReadPng(const std::filesystem::path& path, Picture& picture,
     const std::uint64_t bits =
         std::uint64_t{facts.width} * facts.height * static_cast<std::uint64_t>(facts.bits);
     if (bits / 8 / kLargestDeflateRatio > std::filesystem::file_size(path, error)) {
-        return Unsupported(path, std::string("is a damaged PNG picture (") + kTooSmall +
-                                     "); get a good copy of it");
+        return DamagedPng(path, kTooSmall);
+    }
+    return {};
+}
+
+PictureError NotServed(const std::filesystem::path& path) {
+    return Unsupported(path,
+                       "is packed, and of a kind that the imaging component of this system "
+                       "does not unpack; save it without compression");
+}
+
+// The component unpacks; what it says about the pixels must be what the tags say.
+PictureResult ReadPackedTiff(const std::filesystem::path& path, const TiffFacts& facts,
+                             Picture& picture, const StopFunction& stop) {
+    const WicFactory factory;
+    if (!factory.IsThere()) {
+        return NoComponent(path);
+    }
+    Source source;
+    const HRESULT opened = Open(path, factory, source);
+    if (opened == WINCODEC_ERR_UNSUPPORTEDPIXELFORMAT) {
+        return NotServed(path);
+    }
+    if (FAILED(opened)) {
+        return DamagedTiff(path, HexText(opened));
+    }
+    const WicFormat* const format = source.format;
+    if (format == nullptr || format->type != picture.type || format->colours != picture.colours ||
+        format->alpha != picture.alpha) {
+        return NotServed(path);
+    }
+    bool stopped = false;
+    const HRESULT copied = CopyWicPixels(source.pixels, *format, picture, stop, stopped);
+    if (FAILED(copied)) {
+        return DamagedTiff(path, HexText(copied));
+    }
+    if (facts.bigEndian && picture.type == SampleType::UInt16 &&
+        ReadsBigEndianTiffSwapped(factory)) {
+        SwapBytes(picture.samples.data(), picture.samples.size());
+    }
+    // Gray was turned around already.
+    TiffLayout layout = facts.layout;
+    layout.photometric = tiff::kBlackIsZero;
+    layout.extraSample = format->premultiplied ? tiff::kMultipliedAlpha : 0;
+    NormalizeTiff(layout, picture);
+    return stopped ? PictureResult(Stopped(path)) : PictureResult();
+}
+
+}  // namespace
+
+PictureResult ReadPng(const std::filesystem::path& path, Picture& picture,
+                      const StopFunction& stop) {
+    PngFacts facts;
+    if (PictureResult failure = JudgePng(path, facts); failure) {
+        return failure;
     }
     const WicFactory factory;
     if (!factory.IsThere()) {
         return NoComponent(path);
     }
     Source source;
-    if (PictureResult failure = OpenSource(path, factory, source); failure) {
+    if (PictureResult failure = OpenPng(path, factory, facts, source, picture); failure) {
         return failure;
     }
-    // The component has no gray with alpha and gives colours that are all the same.
-    const bool gray = facts.colorType == 0 || facts.colorType == 4;
-    picture.colours = gray ? 1 : source.format->colours;
-    picture.alpha = source.format->alpha;
-    picture.color = facts.color;
-    picture.resolution = facts.resolution;
-    return ReadFrame(path, factory, source, picture, stop);
+    if (PictureResult failure = MakeRoom(path, facts.width, facts.height, picture); failure) {
+        return failure;
+    }
+    bool stopped = false;
+    const HRESULT result = CopyWicPixels(source.pixels, *source.format, picture, stop, stopped);
+    if (FAILED(result)) {
+        return DamagedPng(path, HexText(result));
+    }
+    if (picture.type == SampleType::UInt16 && ReadsPngSwapped(factory)) {
+        SwapBytes(picture.samples.data(), picture.samples.size());
+    }
+    if (source.format->premultiplied) {
+        Unpremultiply(picture);
+    }
+    return stopped ? PictureResult(Stopped(path)) : PictureResult();
 }
 
 PictureResult ReadTiff(const std::filesystem::path& path, Picture& picture,
                        const StopFunction& stop) {
-    const WicFactory factory;
-    if (!factory.IsThere()) {
-        return NoComponent(path);
-    }
-    Source source;
-    if (PictureResult failure = OpenSource(path, factory, source); failure) {
+    TiffFacts facts;
+    if (PictureResult failure = ReadTiffFacts(path, facts); failure) {
         return failure;
     }
-    picture.colours = source.format->colours;
-    picture.alpha = source.format->alpha;
-    double x = 0.0;
-    double y = 0.0;
-    if (SUCCEEDED(source.frame->GetResolution(&x, &y)) && x > 0.0 && y > 0.0) {
-        picture.resolution = Resolution{x, y, ResolutionUnit::Inch};
-    }
-    if (PictureResult failure = ReadFrame(path, factory, source, picture, stop); failure) {
+    if (PictureResult failure = JudgeTiff(path, facts.layout, picture); failure) {
         return failure;
     }
-    ApplyOrientation(picture, OrientationOf(source.frame.Get()));
+    if (PictureResult failure = MakeRoom(path, facts.layout.width, facts.layout.height, picture);
+        failure) {
+        return failure;
+    }
+    picture.resolution = facts.resolution;
+    picture.color.iccProfile = facts.iccProfile;
+    if (facts.layout.compression != tiff::kNotPacked) {
+        return ReadPackedTiff(path, facts, picture, stop);
+    }
+    if (PictureResult failure = ReadPlainTiff(path, facts, picture, stop); failure) {
+        return failure;
+    }
+    NormalizeTiff(facts.layout, picture);
     return {};
 }
 

@@ -6,10 +6,11 @@
 #include <objbase.h>
 #include <wincodec.h>
 
+#include <cstdint>
 #include <string>
 #include <utility>
 
-#include "pictures/Picture.h"
+#include "pictures/PictureFile.h"
 
 namespace mv::host {
 
@@ -70,5 +71,20 @@ const WicFormat* FindWicFormat(const GUID& id);
 const WicFormat* FindWicFormat(const Picture& picture);
 
 std::string HexText(HRESULT result);
+
+// Copies the source's pixels in bands into the picture, whose shape says which of the source's
+// samples are kept: gray takes one of three equal colours, and alpha may be left away.
+HRESULT CopyWicPixels(IWICBitmapSource* source, const WicFormat& format, Picture& picture,
+                      const StopFunction& stop, bool& stopped);
+
+// The first 16-bit sample of a picture file in memory; false when it cannot be read.
+bool ReadFirstSample(const WicFactory& factory, const std::uint8_t* bytes, std::size_t size,
+                     std::uint16_t& sample);
+
+// Some systems' components (Wine's, as of version 8) confuse the two bytes of a sample. That would
+// spoil a picture silently, so it is found out with pictures of one pixel.
+bool ReadsPngSwapped(const WicFactory& factory);
+bool ReadsBigEndianTiffSwapped(const WicFactory& factory);
+void SwapBytes(std::uint8_t* samples, std::size_t size);
 
 }  // namespace mv::host

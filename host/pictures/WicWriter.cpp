@@ -43,7 +43,8 @@ double PerInch(double value, ResolutionUnit unit) {
     return unit == ResolutionUnit::Centimetre ? value * 2.54 : value;
 }
 
-HRESULT Describe(const WicFactory& factory, const Picture& picture, Target& target) {
+HRESULT Describe(const WicFactory& factory, const Picture& picture, bool withProfile,
+                 Target& target) {
     HRESULT result =
         target.frame->SetSize(static_cast<UINT>(picture.width), static_cast<UINT>(picture.height));
     if (SUCCEEDED(result) && picture.resolution) {
@@ -52,7 +53,7 @@ HRESULT Describe(const WicFactory& factory, const Picture& picture, Target& targ
                                         PerInch(picture.resolution->y, picture.resolution->unit));
     }
     const std::vector<std::uint8_t>& profile = picture.color.iccProfile;
-    if (SUCCEEDED(result) && !profile.empty()) {
+    if (SUCCEEDED(result) && withProfile && !profile.empty()) {
         ComPointer<IWICColorContext> context;
         result = factory->CreateColorContext(context.Cell());
         if (SUCCEEDED(result)) {
@@ -88,7 +89,7 @@ void PackRow(const WicFormat& format, const Picture& picture, int y, std::uint8_
     }
 }
 
-Outcome WriteRows(const WicFormat& format, const Picture& picture, Target& target,
+Outcome WriteRows(const WicFormat& format, const Picture& picture, bool swapped, Target& target,
                   const StopFunction& stop) {
     const std::size_t rowBytes = static_cast<std::size_t>(picture.width) *
                                  static_cast<std::size_t>(format.units) * picture.SampleBytes();
@@ -103,9 +104,12 @@ Outcome WriteRows(const WicFormat& format, const Picture& picture, Target& targe
         for (int y = 0; y < count; ++y) {
             PackRow(format, picture, top + y, band.data() + static_cast<std::size_t>(y) * rowBytes);
         }
-        if (FAILED(target.frame->WritePixels(
-                static_cast<UINT>(count), static_cast<UINT>(rowBytes),
-                static_cast<UINT>(rowBytes * static_cast<std::size_t>(count)), band.data()))) {
+        const std::size_t size = rowBytes * static_cast<std::size_t>(count);
+        if (swapped) {
+            SwapBytes(band.data(), size);
+        }
+        if (FAILED(target.frame->WritePixels(static_cast<UINT>(count), static_cast<UINT>(rowBytes),
+                                             static_cast<UINT>(size), band.data()))) {
             return Outcome::Failed;
         }
     }
@@ -134,22 +138,47 @@ bool TakeBytes(IStream* stream, std::vector<std::uint8_t>& bytes) {
     return true;
 }
 
+struct Encoding {
+    const GUID& container;
+    const WicFormat& format;
+    bool withProfile;
+    bool swapped;
+};
+
 // Packs the picture in memory. NoSuchFormat: the component would write other pixels than these.
-Outcome Encode(const GUID& container, const WicFormat& format, const Picture& picture,
+Outcome Encode(const WicFactory& factory, const Encoding& encoding, const Picture& picture,
                const StopFunction& stop, std::vector<std::uint8_t>& bytes) {
-    const WicFactory factory;
     Target target;
-    if (!factory.IsThere() || FAILED(Open(factory, container, target)) ||
-        FAILED(Describe(factory, picture, target))) {
+    if (FAILED(Open(factory, encoding.container, target)) ||
+        FAILED(Describe(factory, picture, encoding.withProfile, target))) {
         return Outcome::Failed;
     }
-    GUID granted = *format.id;
-    if (FAILED(target.frame->SetPixelFormat(&granted)) || granted != *format.id) {
+    GUID granted = *encoding.format.id;
+    if (FAILED(target.frame->SetPixelFormat(&granted)) || granted != *encoding.format.id) {
         return Outcome::NoSuchFormat;
     }
-    const Outcome outcome = WriteRows(format, picture, target, stop);
+    const Outcome outcome = WriteRows(encoding.format, picture, encoding.swapped, target, stop);
     return outcome == Outcome::Done && !TakeBytes(target.stream.Get(), bytes) ? Outcome::Failed
                                                                               : outcome;
+}
+
+// See ReadsPngSwapped: the same question for writing.
+bool WritesPngSwapped(const WicFactory& factory) {
+    constexpr std::uint16_t kProbeSample = 0x0102;
+    Picture pixel;
+    pixel.width = 1;
+    pixel.height = 1;
+    pixel.colours = 1;
+    pixel.type = SampleType::UInt16;
+    pixel.samples = {0x02, 0x01};  // the sample in the machine's byte order
+    const Encoding encoding{GUID_ContainerFormatPng, *FindWicFormat(pixel), false, false};
+    std::vector<std::uint8_t> bytes;
+    std::uint16_t sample = kProbeSample;
+    if (Encode(factory, encoding, pixel, {}, bytes) != Outcome::Done ||
+        !ReadFirstSample(factory, bytes.data(), bytes.size(), sample)) {
+        return false;
+    }
+    return (sample != kProbeSample) != ReadsPngSwapped(factory);
 }
 
 PictureResult Store(const std::filesystem::path& path, AtomicFile& file,
@@ -164,12 +193,19 @@ PictureResult Store(const std::filesystem::path& path, AtomicFile& file,
 
 PictureResult WritePng(const std::filesystem::path& path, AtomicFile& file, const Picture& picture,
                        const StopFunction& stop) {
+    const WicFactory factory;
     Picture shape;
     shape.type = picture.type;
     shape.colours = picture.alpha ? 3 : picture.colours;
     shape.alpha = picture.alpha;
+    Outcome outcome = Outcome::Failed;
     std::vector<std::uint8_t> bytes;
-    switch (Encode(GUID_ContainerFormatPng, *FindWicFormat(shape), picture, stop, bytes)) {
+    if (factory.IsThere()) {
+        const bool swapped = picture.type == SampleType::UInt16 && WritesPngSwapped(factory);
+        const Encoding encoding{GUID_ContainerFormatPng, *FindWicFormat(shape), false, swapped};
+        outcome = Encode(factory, encoding, picture, stop, bytes);
+    }
+    switch (outcome) {
         case Outcome::Stopped:
             return Stopped(path);
         case Outcome::NoSuchFormat:
@@ -183,11 +219,13 @@ PictureResult WritePng(const std::filesystem::path& path, AtomicFile& file, cons
 
 PictureResult WriteTiff(const std::filesystem::path& path, AtomicFile& file, const Picture& picture,
                         const StopFunction& stop) {
+    const WicFactory factory;
     const WicFormat* const format = FindWicFormat(picture);
     Outcome outcome = Outcome::NoSuchFormat;
     std::vector<std::uint8_t> bytes;
-    if (format != nullptr && picture.samples.size() < kLargestTiff) {
-        outcome = Encode(GUID_ContainerFormatTiff, *format, picture, stop, bytes);
+    if (factory.IsThere() && format != nullptr && picture.samples.size() < kLargestTiff) {
+        const Encoding encoding{GUID_ContainerFormatTiff, *format, true, false};
+        outcome = Encode(factory, encoding, picture, stop, bytes);
     }
     switch (outcome) {
         case Outcome::Stopped:

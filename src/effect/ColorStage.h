@@ -76,8 +76,8 @@ void AdjustHsl(double* c, double hue, double saturation, double lightness) {
     const double adjusted[3] = {rgb.red, rgb.green, rgb.blue};
     for (int i = 0; i < colors; ++i) {
         const double value = adjusted[i];
-        const double lit = lightness >= 0.0 ? (1.0 - value) * lightness + value
-                                            : (lightness + 1.0) * value;
+        const double lit =
+            lightness >= 0.0 ? (1.0 - value) * lightness + value : (lightness + 1.0) * value;
         c[i] = lit * WhiteScale<white>::kWhite;
     }
 }

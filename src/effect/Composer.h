@@ -47,7 +47,7 @@ public:
             return static_cast<Channel>(ClampChannel(value, Scale::kWhite));
         } else {
             const bool isAlpha = HostPixel::kHasAlpha && index == kColors;
-            const double bounded = isAlpha         ? ClampChannel(value, Scale::kWhite)
+            const double bounded = isAlpha        ? ClampChannel(value, Scale::kWhite)
                                    : value >= 0.0 ? value
                                                   : 0.0;
             return static_cast<float>(bounded);
@@ -128,9 +128,8 @@ private:
         const double py = y + offsetY;
         const auto iy = static_cast<std::int32_t>(py);
         const auto* upper = reinterpret_cast<const float*>(working.Row(iy));
-        const auto* lower = iy == working.height - 1
-                                ? upper
-                                : reinterpret_cast<const float*>(working.Row(iy + 1));
+        const auto* lower =
+            iy == working.height - 1 ? upper : reinterpret_cast<const float*>(working.Row(iy + 1));
         for (std::int32_t x = 0; x < imageOut.width; x += kPixelsAtATime) {
             const std::int32_t end = std::min(x + kPixelsAtATime, imageOut.width);
             kernels.shiftToDouble[kChannels](colors, upper, lower, *columns, py - iy,

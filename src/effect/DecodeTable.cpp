@@ -21,8 +21,7 @@ void RowDecoder::BuildTable(float* memory, std::uint32_t weights) {
 void RowDecoder::DecodeRow(float* row, std::int32_t pixels) const {
     const std::int32_t count = pixels * period_;
     if (kernels_ != nullptr) {
-        kernels_->linearize(row, count, period_, skip_, inverseWhite_,
-                            static_cast<float>(white_));
+        kernels_->linearize(row, count, period_, skip_, inverseWhite_, static_cast<float>(white_));
         return;
     }
     for (std::int32_t i = 0; i < count; ++i) {

@@ -66,7 +66,9 @@ inline double HslHueChannel(double m1, double m2, double h) {
 
 // Every result is rounded to single precision and widened again; that is meant.
 inline RgbColor HslToRgb(const HslColor& hsl) {
-    const auto rounded = [](double value) { return static_cast<double>(static_cast<float>(value)); };
+    const auto rounded = [](double value) {
+        return static_cast<double>(static_cast<float>(value));
+    };
     const double h = hsl.hue;
     const double s = hsl.saturation;
     const double l = hsl.lightness;

@@ -50,8 +50,7 @@ public:
                 RenderPixel(evaluator, isLightnessOnly, x, y);
             }
             if (decoder != nullptr) {
-                decoder->DecodeRow(reinterpret_cast<float*>(destination.Row(y)),
-                                   destination.width);
+                decoder->DecodeRow(reinterpret_cast<float*>(destination.Row(y)), destination.width);
             }
         }
         return ReportStep(position_, range_, thread_index,
@@ -140,8 +139,8 @@ private:
         }
         if constexpr (ReferencePixel::kHasAlpha) {
             if (!reference.is_premultiplied) {
-                WeightReference(
-                    LoadChannel<ReferenceChannel>(pixel, ReferencePixel::kAlphaIndex), colors);
+                WeightReference(LoadChannel<ReferenceChannel>(pixel, ReferencePixel::kAlphaIndex),
+                                colors);
             }
         }
         return isLightnessOnly ? EvaluateLightness<ReferencePixel>(evaluator, colors)
@@ -156,8 +155,7 @@ private:
                                                                           : 1.0f;
         const float weight = static_cast<float>(alpha) * kInverseWhite;
         for (int i = 0; i < ReferencePixel::kColors; ++i) {
-            colors[i] =
-                static_cast<ReferenceChannel>(static_cast<float>(colors[i]) * weight);
+            colors[i] = static_cast<ReferenceChannel>(static_cast<float>(colors[i]) * weight);
         }
     }
 

@@ -28,6 +28,10 @@ public:
         position_ = position;
         range_ = range;
         rowsDone_ = 0;
+        // Each pixel onto itself: a neighbour that is no number must not get in, not even by nothing.
+        if (dx == 0.0 && dy == 0.0) {
+            return ReportAllRows();
+        }
         kernels_ = SelectRowKernels();
         const std::int32_t bands = host_->GetThreadCount(image.height / 2);
         if (kernels_ != nullptr && image.height >= 2 * bands && AllocateScratch(bands)) {
@@ -41,6 +45,14 @@ private:
         std::int32_t status = host_->StatusOk();
         for (std::int32_t step = 0; step < image.height && IsOk(status); ++step) {
             MoveRow(dy >= 0.0 ? step : image.height - 1 - step);
+            status = ReportRow();
+        }
+        return status;
+    }
+
+    std::int32_t ReportAllRows() {
+        std::int32_t status = host_->StatusOk();
+        for (std::int32_t step = 0; step < image.height && IsOk(status); ++step) {
             status = ReportRow();
         }
         return status;
@@ -140,8 +152,7 @@ private:
                 return static_cast<const unsigned char*>(copy);
             }
             const bool isBeside = row < band.first || row >= band.end;
-            return static_cast<const unsigned char*>(isBeside ? Scratch(index, 0)
-                                                              : image.Row(row));
+            return static_cast<const unsigned char*>(isBeside ? Scratch(index, 0) : image.Row(row));
         };
         const auto* upper = reinterpret_cast<const float*>(rowAt(iy));
         const auto* lower = reinterpret_cast<const float*>(rowAt(below));

@@ -246,9 +246,7 @@ private:
     // How far to move so that the centre falls on a whole pixel: -0.5 to below 0.5. The whole part
     // truncates toward zero while the fraction comes from floor, so that both are one apart for
     // negative centres; it is meant.
-    static double MoveOf(double center) {
-        return std::fabs(center - std::floor(center)) - 0.5;
-    }
+    static double MoveOf(double center) { return std::fabs(center - std::floor(center)) - 0.5; }
 
     std::int32_t MoveAndBlur() {
         MoveSubPixelImageFilter<Working> move(host_);

@@ -57,8 +57,8 @@ private:
         const double* low = prefix + ja * kChannels;
         const double* high = prefix + ib * kChannels;
         for (int c = 0; c < kChannels; ++c) {
-            double sum = (1.0 - fb) * high[c] + fb * high[c + kChannels] -
-                         fa * low[c - kChannels] - (1.0 - fa) * low[c];
+            double sum = (1.0 - fb) * high[c] + fb * high[c + kChannels] - fa * low[c - kChannels] -
+                         (1.0 - fa) * low[c];
             if (length > 1.0) {
                 sum /= length;
             }
@@ -72,8 +72,7 @@ private:
             return 0;
         }
         const std::int32_t steps = this->LongestLine();
-        return kRaysInGroup * LineDoubles(steps) +
-               (kRaysInGroup + 1) * WindowTable::Doubles(steps);
+        return kRaysInGroup * LineDoubles(steps) + (kRaysInGroup + 1) * WindowTable::Doubles(steps);
     }
 
     // Entries from -2 on, and the last sample behind them.

@@ -64,15 +64,15 @@ public:
         progressRange_ = range;
         field_ = {imageIn.width, imageIn.height, centerX - imageIn.origin_x,
                   centerY - imageIn.origin_y};
-        const std::uint64_t pixels = static_cast<std::uint64_t>(imageIn.width) *
-                                     static_cast<std::uint64_t>(imageIn.height);
+        const std::uint64_t pixels =
+            static_cast<std::uint64_t>(imageIn.width) * static_cast<std::uint64_t>(imageIn.height);
         accumulator_ = AccumulatorType(imageIn);
         accumulator_.row_bytes = imageIn.width * AccumulatorPixel::kSize;
         accumulator_.dynamic_pixel_size = AccumulatorPixel::kSize;
         accumulator_.is_connected = true;
         accumulator_.is_premultiplied = true;
-        accumulator_.data = Allocate<unsigned char>(
-            pixels * static_cast<std::uint64_t>(AccumulatorPixel::kSize));
+        accumulator_.data =
+            Allocate<unsigned char>(pixels * static_cast<std::uint64_t>(AccumulatorPixel::kSize));
         if (accumulator_.data == nullptr) {
             return host_->StatusOutOfMemory();
         }
@@ -90,8 +90,8 @@ public:
     std::int32_t render_chunk(std::uint32_t thread_index, std::uint32_t thread_iterations,
                               std::uint32_t threadID) {
         WriteLog(kTrace, Blur::kName, "<C_Image, C_ImageSelection>::render_chunk(thread_index(",
-                 thread_index, "), thread_iterations(", thread_iterations, "), threadID(",
-                 threadID, "))");
+                 thread_index, "), thread_iterations(", thread_iterations, "), threadID(", threadID,
+                 "))");
         Side side;
         side.index = thread_index;
         side.zone = SideZone(field_, thread_index);
@@ -164,11 +164,10 @@ private:
             status = RunSides();
         }
         if (IsOk(status)) {
-            status = host_->Iterate(
-                static_cast<std::int32_t>(kSideCount),
-                [this](unsigned index, unsigned count, unsigned) {
-                    return static_cast<unsigned>(Normalize(index, count));
-                });
+            status = host_->Iterate(static_cast<std::int32_t>(kSideCount),
+                                    [this](unsigned index, unsigned count, unsigned) {
+                                        return static_cast<unsigned>(Normalize(index, count));
+                                    });
         }
         return status;
     }
@@ -194,8 +193,8 @@ private:
     }
 
     std::int32_t AllocateLines(Side& side) {
-        const auto entries = static_cast<std::uint64_t>(
-            std::max(imageIn.width, imageIn.height) + kLineSlack);
+        const auto entries =
+            static_cast<std::uint64_t>(std::max(imageIn.width, imageIn.height) + kLineSlack);
         const std::uint64_t bytes = entries * kChannels * sizeof(double);
         bool complete = true;
         for (int i = 0; i < Blur::kLineCount; ++i) {
@@ -281,12 +280,12 @@ protected:
         const std::ptrdiff_t first = plan.firstMajor;
         group.imageMinor = ray.isXMajor ? row : pixel;
         group.imageStep = ray.sign * (ray.isXMajor ? pixel : row);
-        group.image = reinterpret_cast<const float*>(image.data) +
-                      first * (ray.isXMajor ? pixel : row);
+        group.image =
+            reinterpret_cast<const float*>(image.data) + first * (ray.isXMajor ? pixel : row);
         group.accumulatorMinor = ray.isXMajor ? sumRow : sumPixel;
         group.accumulatorStep = ray.sign * (ray.isXMajor ? sumPixel : sumRow);
-        group.accumulator =
-            reinterpret_cast<float*>(accumulator_.data) + first * (ray.isXMajor ? sumPixel : sumRow);
+        group.accumulator = reinterpret_cast<float*>(accumulator_.data) +
+                            first * (ray.isXMajor ? sumPixel : sumRow);
         group.minorSize = ray.isXMajor ? image.height : image.width;
         group.prefetch = plan.Prefetch();
         for (int g = 0; g < kRaysInGroup; ++g) {

@@ -28,8 +28,8 @@ struct Ray {
     std::int32_t start;  // first whole coordinate on the major axis
     std::int32_t sign;   // +1 or -1, the direction of the steps
     std::int32_t steps;
-    double minor;  // first coordinate on the minor axis
-    double slope;  // added to the minor coordinate with each step
+    double minor;          // first coordinate on the minor axis
+    double slope;          // added to the minor coordinate with each step
     double startDistance;  // from the centre to the entry point, in pixels
 };
 

@@ -59,10 +59,9 @@ bool SideZone::Separate(const RayField& field, std::uint32_t side, std::uint32_t
             dot(n, own.last) < 0 || (n.x == 0 && n.y == 0)) {
             continue;
         }
-        const double score =
-            (static_cast<double>(dot(n, own.first)) / (length(own.first) + 1.0) +
-             static_cast<double>(dot(n, own.last)) / (length(own.last) + 1.0)) /
-            length(n);
+        const double score = (static_cast<double>(dot(n, own.first)) / (length(own.first) + 1.0) +
+                              static_cast<double>(dot(n, own.last)) / (length(own.last) + 1.0)) /
+                             length(n);
         if (score > best) {
             best = score;
             normal = n;

@@ -67,8 +67,7 @@ public:
         const double f = m - k;
         const double e = a + f;
         const double sum =
-            At(tables_.down2, c, e) - At(tables_.down2, c, b) -
-            (b - e) * At(tables_.down1, c, b) +
+            At(tables_.down2, c, e) - At(tables_.down2, c, b) - (b - e) * At(tables_.down1, c, b) +
             f * (At(tables_.down1, c, e - 1.0) - At(tables_.down1, c, e + 1.0)) / 2.0;
         return sum / (k * (k + 1.0) / 2.0 + f);
     }
@@ -77,8 +76,7 @@ private:
     static double At(const double* table, int c, double x) {
         const double floor = std::floor(x);
         const double f = x - floor;
-        const double* entry =
-            table + (static_cast<std::ptrdiff_t>(floor) * channels + c) * lanes;
+        const double* entry = table + (static_cast<std::ptrdiff_t>(floor) * channels + c) * lanes;
         return (1.0 - f) * entry[0] + f * entry[channels * lanes];
     }
 
@@ -128,11 +126,11 @@ void SpectralWindow(double* out, double length, double zoomStart, std::int32_t i
     if constexpr (colors > 1) {
         const double third = 0.3333333333333333;
         if (invertGradient) {
-            out[1] = ((mean.Fall(1, d) + mean.Rise(1, a)) * 0.5 + mean.Box(1, b) +
-                      mean.Box(1, c)) * third;
+            out[1] = ((mean.Fall(1, d) + mean.Rise(1, a)) * 0.5 + mean.Box(1, b) + mean.Box(1, c)) *
+                     third;
         } else {
-            out[1] = ((mean.Rise(1, b) + mean.Fall(1, e)) * 0.5 + mean.Box(1, d) +
-                      mean.Box(1, c)) * third;
+            out[1] = ((mean.Rise(1, b) + mean.Fall(1, e)) * 0.5 + mean.Box(1, d) + mean.Box(1, c)) *
+                     third;
         }
     }
     if constexpr (colors > 2) {

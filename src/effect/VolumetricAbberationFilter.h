@@ -150,8 +150,7 @@ private:
             const std::int32_t n = plan.rays[g].steps;
             for (int c = 0; c < kChannels; ++c) {
                 const std::ptrdiff_t channel = c * kRaysInGroup;
-                Entry(lines.down1, n + 2, g)[channel] =
-                    -Entry(lines.samples, n + 1, g)[channel];
+                Entry(lines.down1, n + 2, g)[channel] = -Entry(lines.samples, n + 1, g)[channel];
                 Entry(lines.down2, n + 2, g)[channel] = 0.0;
                 Entry(lines.down1, n + 1, g)[channel] = 0.0;
                 Entry(lines.down2, n + 1, g)[channel] = 0.0;
@@ -215,8 +214,7 @@ private:
     void ScatterStep(Side& side, const Ray& ray, int g, std::int32_t i, bool mustTest,
                      double& minor) {
         const SpectralLines& lines = side.fast.lines;
-        const SpectralTables tables{lines.up1 + g, lines.up2 + g, lines.down1 + g,
-                                    lines.down2 + g};
+        const SpectralTables tables{lines.up1 + g, lines.up2 + g, lines.down1 + g, lines.down2 + g};
         ChannelArray<double, kChannels> value;
         SpectralWindow<kColors, kChannels, kRaysInGroup>(
             value, WindowLength(this->RuleOf(ray), i, 1.0), this->zoomStart, i, ray.steps, tables,

@@ -67,8 +67,8 @@ std::ostream& operator<<(std::ostream& stream, const RecordDump& dump) {
     LogRect(stream, "maskRect", record.maskRect);
     // The log ends the last line itself.
     const hostapi::Rect& rect = record.filterRect;
-    return stream << "    filterRect: left(" << rect.left << "), right(" << rect.right
-                  << "), top(" << rect.top << "), bottom(" << rect.bottom << ")";
+    return stream << "    filterRect: left(" << rect.left << "), right(" << rect.right << "), top("
+                  << rect.top << "), bottom(" << rect.bottom << ")";
 }
 
 std::int16_t DivideTruncating(std::int16_t value, std::int32_t divisor) {
@@ -118,15 +118,13 @@ bool pfFilter::AdvanceStateAvailable(const hostapi::FilterRecord* record) {
     return record->advanceState != nullptr;
 }
 
-std::int16_t pfFilter::SetupFilterRecord(hostapi::FilterRecord* record,
-                                         std::int32_t nScaleFactor) {
+std::int16_t pfFilter::SetupFilterRecord(hostapi::FilterRecord* record, std::int32_t nScaleFactor) {
     WriteLog(kTrace, "pfFilter::SetupFilterRecord( pFilterRecord(0x", LogPointer{record},
              "), nScaleFactor(", nScaleFactor, ") )");
     const LogScope scope;
     FillRequest(*record, nScaleFactor == 0 ? 1 : nScaleFactor);
-    const std::int16_t result = AdvanceStateAvailable(record)
-                                    ? record->advanceState()
-                                    : hostapi::errPlugInHostInsufficient;
+    const std::int16_t result =
+        AdvanceStateAvailable(record) ? record->advanceState() : hostapi::errPlugInHostInsufficient;
     WriteLog(kTrace, RecordDump{*record});
     return result;
 }
@@ -143,8 +141,8 @@ bool pfFilter::RequestColor(hostapi::FilterRecord* record, double& red, double& 
         info.selector = hostapi::plugIncolorServicesChooseColor;
         const bool grayMode = record->imageMode == hostapi::plugInModeGrayScale ||
                               record->imageMode == hostapi::plugInModeGray16;
-        info.sourceSpace = grayMode ? hostapi::plugIncolorServicesGraySpace
-                                    : hostapi::plugIncolorServicesRGBSpace;
+        info.sourceSpace =
+            grayMode ? hostapi::plugIncolorServicesGraySpace : hostapi::plugIncolorServicesRGBSpace;
         info.resultSpace = hostapi::plugIncolorServicesRGBSpace;
         info.colorComponents[0] = ColorComponent(red);
         info.colorComponents[1] = ColorComponent(green);
@@ -154,8 +152,8 @@ bool pfFilter::RequestColor(hostapi::FilterRecord* record, double& red, double& 
             WriteLog(kWarning, "-**### WARNING ###**-: ColorServices not available");
         } else {
             const std::int16_t code = record->colorServices(&info);
-            WriteLog(kTrace, "ColorServices result = ", code,
-                     "source space = ", info.sourceSpace, "result space = ", info.resultSpace);
+            WriteLog(kTrace, "ColorServices result = ", code, "source space = ", info.sourceSpace,
+                     "result space = ", info.resultSpace);
             chosen = code == hostapi::noErr;
             if (chosen) {
                 red = info.colorComponents[0] * kByteScale;

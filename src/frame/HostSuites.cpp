@@ -7,8 +7,12 @@ hostapi::SPBasicSuite* basicSuite = nullptr;
 
 }  // namespace
 
-hostapi::SPBasicSuite* GetBasicSuite() noexcept { return basicSuite; }
+hostapi::SPBasicSuite* GetBasicSuite() noexcept {
+    return basicSuite;
+}
 
-void SetBasicSuite(hostapi::SPBasicSuite* suite) noexcept { basicSuite = suite; }
+void SetBasicSuite(hostapi::SPBasicSuite* suite) noexcept {
+    basicSuite = suite;
+}
 
 }  // namespace mv

@@ -44,8 +44,7 @@ std::int32_t MorvenhaleHost::Iterate(std::int32_t iterations, IterateFunction fu
     return static_cast<std::int32_t>(pool_.iterate(iterations, std::move(function)));
 }
 
-void MorvenhaleHost::SetProgressCallback(
-    std::function<bool(std::int32_t, std::int32_t)> callback) {
+void MorvenhaleHost::SetProgressCallback(std::function<bool(std::int32_t, std::int32_t)> callback) {
     progressCallback_ = std::move(callback);
 }
 

@@ -38,8 +38,7 @@ public:
     virtual void Hook9(std::string) {}
     virtual std::shared_ptr<ChannelAccess> GetChannelAccess(std::string name);
 
-    std::int32_t ReportProgress(std::int32_t done, std::int32_t total,
-                                std::int32_t quiet) override;
+    std::int32_t ReportProgress(std::int32_t done, std::int32_t total, std::int32_t quiet) override;
     void* AllocateMemory(std::uint32_t size) override;
     void FreeMemory(void* block) override;
     std::int32_t GetThreadCount(std::int32_t wanted) override;

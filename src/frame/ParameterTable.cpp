@@ -27,10 +27,10 @@ constexpr const char* kModeNames[] = {"normal", "abberative"};
 constexpr const char* kShowNames[] = {"normal", "selected image", "selection only",
                                       "size selection"};
 constexpr const char* kBlendNames[] = {
-    "normal",     "max weight", "screen",      "overlay",       "addition",  "subtraction",
-    "multiply",   "divide",     "difference",  "exclusion",     "lighten",   "darken",
-    "maximum",    "minimum",    "hue",         "saturation",    "color",     "luminosity",
-    "alpha add",  "alpha sub",  "alpha mult",  "alpha replace", "(none) replace"};
+    "normal",    "max weight", "screen",     "overlay",       "addition",      "subtraction",
+    "multiply",  "divide",     "difference", "exclusion",     "lighten",       "darken",
+    "maximum",   "minimum",    "hue",        "saturation",    "color",         "luminosity",
+    "alpha add", "alpha sub",  "alpha mult", "alpha replace", "(none) replace"};
 
 struct FloatRow {
     const char* name;
@@ -94,8 +94,7 @@ void pfFilterRadialBlur::DescribeParameters() {
     origin_.SetName("Origin");
     origin_.Set(0.5, 0.5);
     origin_.SetScriptKeys(FourCharacterCode("ORIX"), FourCharacterCode("ORIY"));
-    Describe(intensity_,
-             {"Intensity", 2.0, 0.0, kHard, 5.0, kSoft, FourCharacterCode("INTE")});
+    Describe(intensity_, {"Intensity", 2.0, 0.0, kHard, 5.0, kSoft, FourCharacterCode("INTE")});
     Describe(strength_, {"Strength", 0.25, 0.0, kHard, 1.0, kSoft, FourCharacterCode("STRE")});
     Describe(zoomStart_, {"ZoomStart", 0.5, -0.5, kSoft, 0.5, kSoft, FourCharacterCode("ZOST")});
     Describe(holdoutRadius_,
@@ -106,8 +105,8 @@ void pfFilterRadialBlur::DescribeParameters() {
     gammaCorrection_.Set(true);
     gammaCorrection_.SetScriptKey(FourCharacterCode("GAMA"));
     Describe(contrast_, {"Contrast", 0.0, 0.0, kHard, 2.0, kSoft, FourCharacterCode("CONT")});
-    Describe(gammaCorrectionCorrective_, {"GammaCorrectionCorrective", 1.0, 0.0, kHard, 3.0, kSoft,
-                                          FourCharacterCode("GAMC")});
+    Describe(gammaCorrectionCorrective_,
+             {"GammaCorrectionCorrective", 1.0, 0.0, kHard, 3.0, kSoft, FourCharacterCode("GAMC")});
     Describe(hue_, {"Hue", 0.0, -1.0, kHard, 1.0, kHard, FourCharacterCode("HSLH")});
     Describe(saturation_, {"Saturation", 0.0, -1.0, kHard, 1.0, kHard, FourCharacterCode("HSLS")});
     Describe(lightness_, {"Lightness", 0.0, -1.0, kHard, 1.0, kHard, FourCharacterCode("HSLL")});
@@ -155,10 +154,9 @@ RenderSettings pfFilterRadialBlur::MakeRenderSettings(std::int32_t width,
     settings.intensity = intensity_.Get();
     settings.strength = strength_.Get();
     settings.zoomStart = zoomStart_.Get();
-    const auto squares = static_cast<std::int64_t>(width) * width +
-                         static_cast<std::int64_t>(height) * height;
-    settings.holdoutPixels =
-        holdoutRadius_.Get() * (std::sqrt(static_cast<double>(squares)) * 0.5);
+    const auto squares =
+        static_cast<std::int64_t>(width) * width + static_cast<std::int64_t>(height) * height;
+    settings.holdoutPixels = holdoutRadius_.Get() * (std::sqrt(static_cast<double>(squares)) * 0.5);
     settings.invertGradient = invertGradient_.Get();
     settings.hue = hue_.Get();
     settings.saturation = saturation_.Get();

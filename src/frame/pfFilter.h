@@ -27,8 +27,7 @@ public:
     ~pfFilter() override;
 
     std::int32_t StatusOutOfMemory() override { return hostapi::memFullErr; }
-    std::int32_t ReportProgress(std::int32_t done, std::int32_t total,
-                                std::int32_t quiet) override;
+    std::int32_t ReportProgress(std::int32_t done, std::int32_t total, std::int32_t quiet) override;
     void* AllocateMemory(std::uint32_t size) override;
     void FreeMemory(void* block) override;
     void GetRange(double* start, double* end) override;
@@ -47,8 +46,7 @@ public:
 
     // Asks the host for the whole image, reduced nScaleFactor times (0 counts as 1), in one
     // advanceState call, whose result comes back.
-    static std::int16_t SetupFilterRecord(hostapi::FilterRecord* record,
-                                          std::int32_t nScaleFactor);
+    static std::int16_t SetupFilterRecord(hostapi::FilterRecord* record, std::int32_t nScaleFactor);
     static bool AdvanceStateAvailable(const hostapi::FilterRecord* record);
 
     // Lets the user choose a colour, channels 0.0 to 1.0 in and out. True when one was chosen.

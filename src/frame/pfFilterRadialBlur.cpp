@@ -39,15 +39,28 @@ void pfFilterRadialBlur::InstallCallbacks() {
 }
 
 void pfFilterRadialBlur::BindControls() {
-    pfParameter* const parameters[kParameterCount] = {
-        &origin_,        &intensity_,       &strength_,
-        &zoomStart_,     &holdoutRadius_,   &mode_,
-        &invertGradient_, &gammaCorrection_, &contrast_,
-        &gammaCorrectionCorrective_,        &hue_,
-        &saturation_,    &lightness_,       &selectionLow_,
-        &selectionHigh_, &selectionSoften_, &selectionClimax_,
-        &useSizeSelection_,                 &blendMode_,
-        &selectionShow_, &randomize_,       &randomizeButton_};
+    pfParameter* const parameters[kParameterCount] = {&origin_,
+                                                      &intensity_,
+                                                      &strength_,
+                                                      &zoomStart_,
+                                                      &holdoutRadius_,
+                                                      &mode_,
+                                                      &invertGradient_,
+                                                      &gammaCorrection_,
+                                                      &contrast_,
+                                                      &gammaCorrectionCorrective_,
+                                                      &hue_,
+                                                      &saturation_,
+                                                      &lightness_,
+                                                      &selectionLow_,
+                                                      &selectionHigh_,
+                                                      &selectionSoften_,
+                                                      &selectionClimax_,
+                                                      &useSizeSelection_,
+                                                      &blendMode_,
+                                                      &selectionShow_,
+                                                      &randomize_,
+                                                      &randomizeButton_};
     GetParameters().Reserve(kParameterCount);
     for (std::size_t i = 0; i < kParameterCount; ++i) {
         controlObjects_[i]->Bind(parameters[i]);
@@ -84,13 +97,27 @@ void pfFilterRadialBlur::UpdateInterface(hostapi::FilterRecord* record) {
 void pfFilterRadialBlur::Reset(bool recordUndo) {
     if (recordUndo) {
         // Origin twice: the second record holds the same state and is kept deliberately.
-        pfParameter* const recorded[] = {
-            &origin_,         &origin_,           &intensity_,     &strength_,
-            &zoomStart_,      &holdoutRadius_,    &mode_,          &invertGradient_,
-            &gammaCorrection_, &contrast_,        &hue_,           &saturation_,
-            &lightness_,      &selectionLow_,     &selectionHigh_, &selectionSoften_,
-            &selectionClimax_, &useSizeSelection_, &gammaCorrectionCorrective_,
-            &blendMode_,      &selectionShow_};
+        pfParameter* const recorded[] = {&origin_,
+                                         &origin_,
+                                         &intensity_,
+                                         &strength_,
+                                         &zoomStart_,
+                                         &holdoutRadius_,
+                                         &mode_,
+                                         &invertGradient_,
+                                         &gammaCorrection_,
+                                         &contrast_,
+                                         &hue_,
+                                         &saturation_,
+                                         &lightness_,
+                                         &selectionLow_,
+                                         &selectionHigh_,
+                                         &selectionSoften_,
+                                         &selectionClimax_,
+                                         &useSizeSelection_,
+                                         &gammaCorrectionCorrective_,
+                                         &blendMode_,
+                                         &selectionShow_};
         for (pfParameter* parameter : recorded) {
             GetUndoBuffer().Push(parameter->CreateUndo());
         }

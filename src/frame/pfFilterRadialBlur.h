@@ -14,7 +14,7 @@
 namespace mv {
 
 // The radial blur: the 22 parameters, their controls, and what the generic frame leaves open.
-class pfFilterRadialBlur final : public pfFilter {
+class pfFilterRadialBlur : public pfFilter {
 public:
     static constexpr int kParameterCount = 22;
 
@@ -32,8 +32,8 @@ public:
     // The typed render of one pixel shape: input and output of width x height pixels, mask 8-bit
     // gray of the same size, connected or not. Gives a status. Nothing passed in is kept.
     template <class HostPixel>
-    std::int32_t Render(HostImage<HostPixel>& input, HostImage<HostPixel>& output,
-                        MaskImage& mask, hostapi::FilterRecord* record);
+    std::int32_t Render(HostImage<HostPixel>& input, HostImage<HostPixel>& output, MaskImage& mask,
+                        hostapi::FilterRecord* record);
 
     // What the effect gets for an image of width x height pixels.
     RenderSettings MakeRenderSettings(std::int32_t width, std::int32_t height) const;

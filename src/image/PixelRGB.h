@@ -89,12 +89,11 @@ template <class HostPixel>
 struct PixelFamily {
     static constexpr int kColors = HostPixel::kColors;
     static constexpr int kAlpha = HostPixel::kHasAlpha ? kColors : -1;
-    using WorkingLayout = std::conditional_t<
-        kColors == 1, LayoutGrayPixel<kAlpha>,
-        std::conditional_t<kColors == 2, Layout2ChannelPixel<kAlpha>,
-                           LayoutRGBAPixel<0, 1, 2, kAlpha>>>;
-    using Working =
-        PixelRGB<WorkingLayout, float, HostPixel::kHasAlpha, false, HostPixel::kWhite>;
+    using WorkingLayout =
+        std::conditional_t<kColors == 1, LayoutGrayPixel<kAlpha>,
+                           std::conditional_t<kColors == 2, Layout2ChannelPixel<kAlpha>,
+                                              LayoutRGBAPixel<0, 1, 2, kAlpha>>>;
+    using Working = PixelRGB<WorkingLayout, float, HostPixel::kHasAlpha, false, HostPixel::kWhite>;
     using Accumulator =
         PixelRGB<WorkingLayout, float, HostPixel::kHasAlpha, true, HostPixel::kWhite>;
 };

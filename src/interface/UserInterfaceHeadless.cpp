@@ -23,7 +23,9 @@ public:
 
 }  // namespace
 
-std::unique_ptr<pfPreview> CreatePreview() { return std::make_unique<pfPreviewHeadless>(); }
+std::unique_ptr<pfPreview> CreatePreview() {
+    return std::make_unique<pfPreviewHeadless>();
+}
 
 std::unique_ptr<pfParameterUI> CreatePositionControl(int, int) {
     return std::make_unique<pfParameterUI>();
@@ -33,16 +35,24 @@ std::unique_ptr<pfParameterUI> CreateFloatControl(int, int) {
     return std::make_unique<pfParameterUI>();
 }
 
-std::unique_ptr<pfParameterUI> CreateBoolControl(int) { return std::make_unique<pfParameterUI>(); }
+std::unique_ptr<pfParameterUI> CreateBoolControl(int) {
+    return std::make_unique<pfParameterUI>();
+}
 
-std::unique_ptr<pfParameterUI> CreateListControl(int) { return std::make_unique<pfParameterUI>(); }
+std::unique_ptr<pfParameterUI> CreateListControl(int) {
+    return std::make_unique<pfParameterUI>();
+}
 
-void ShowAbout(const char* text) noexcept { WriteLog(kTrace, "ShowAbout( text(", text, ") )"); }
+void ShowAbout(const char* text) noexcept {
+    WriteLog(kTrace, "ShowAbout( text(", text, ") )");
+}
 
 void ShowErrorBox(const hostapi::FilterRecord*, const char* caption, const char* text) noexcept {
     WriteLog(kError, "-**###  ERROR  ###**-: ", caption, ": ", text);
 }
 
-DrainResult DrainMessages() noexcept { return DrainResult::Done; }
+DrainResult DrainMessages() noexcept {
+    return DrainResult::Done;
+}
 
 }  // namespace mv

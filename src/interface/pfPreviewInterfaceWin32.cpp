@@ -162,7 +162,7 @@ bool pfPreviewWin32::HandleButton(int id, int notification) {
             if (notification == kClicked) {
                 m_nRequestedScale =
                     id == IDC_ZOOM_IN ? StepFinerThan(m_nScale) : StepCoarserThan(m_nScale);
-                previewDirty = true;
+                AskForFrame();
             }
             return true;
         case IDC_RESET:

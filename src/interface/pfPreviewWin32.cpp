@@ -144,7 +144,8 @@ bool pfPreviewWin32::RunDialog() {
     WriteLog(kTrace, "assigned scale factor");
     m_pFilter->UpdateInterface(m_pFilterRecord);
     WriteLog(kTrace, "pre show done. Going into message loop");
-    previewDirty = true;
+    previewDirty = false;
+    AskForFrame();
     return RunMessageLoop() == 1;
 }
 
@@ -226,9 +227,17 @@ BOOL pfPreviewWin32::ServeQueue(MSG& message) {
 }
 
 void pfPreviewWin32::ParametersChanged() {
-    previewDirty = true;
+    AskForFrame();
     m_bChangePending = true;
     UpdateUndoButtons();
+}
+
+// Input that another thread sends is served inside GetMessage, which does not return for it: an
+// empty message of our own makes the loop look at the flag.
+void pfPreviewWin32::AskForFrame() noexcept {
+    if (!previewDirty.exchange(true) && m_hPreview != nullptr) {
+        PostMessageA(m_hPreview, WM_NULL, 0, 0);
+    }
 }
 
 void pfPreviewWin32::UpdateUndoButtons() noexcept {

@@ -51,6 +51,7 @@ private:
     void CloseInterfaceWindow() noexcept;
     int RunMessageLoop();
     BOOL ServeQueue(MSG& message);
+    void AskForFrame() noexcept;
     void UpdateUndoButtons() noexcept;
     pfParameterUIWin32* FindControl(int id) const noexcept;
     template <class Control>

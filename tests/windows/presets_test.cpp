@@ -301,7 +301,7 @@ TEST_F(Presets, OpeningAFileFillsTheListAndLoadsNothing) {
 
 TEST_F(Presets, ANewFileNameIsAccepted) {
     Open(60, 40);
-    ChooseFile(Path("fresh"));
+    ChooseFile(Path("fresh.cfg"));
     EXPECT_TRUE(Names().empty());
     EXPECT_TRUE(user->Enabled(kSave));
     EXPECT_FALSE(user->Enabled(kDelete));

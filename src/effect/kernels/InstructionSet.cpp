@@ -37,8 +37,7 @@ InstructionSet CurrentInstructionSet() noexcept {
 }  // namespace
 
 InstructionSet DetectInstructionSet() noexcept {
-    static const InstructionSet detected =
-        HasAvx2() ? InstructionSet::Avx2 : InstructionSet::Sse2;
+    static const InstructionSet detected = HasAvx2() ? InstructionSet::Avx2 : InstructionSet::Sse2;
     return detected;
 }
 
@@ -50,7 +49,9 @@ bool ForceInstructionSet(InstructionSet set) noexcept {
     return true;
 }
 
-void UseDetectedInstructionSet() noexcept { forcedSet = -1; }
+void UseDetectedInstructionSet() noexcept {
+    forcedSet = -1;
+}
 
 const RowKernels* SelectRowKernels() noexcept {
     switch (CurrentInstructionSet()) {

@@ -13,7 +13,7 @@ constexpr int kRaysInGroup = 4;
 // Neighbouring rays of one side that walk the same rows (or columns) in lock step: one cache line
 // of a row serves them all, and a pixel still gets its rays in order.
 struct RayGroup {
-    const float* image;       // first channel of minor coordinate 0 in the first row or column
+    const float* image;         // first channel of minor coordinate 0 in the first row or column
     std::ptrdiff_t imageStep;   // floats to the next row or column, in the rays' direction
     std::ptrdiff_t imageMinor;  // floats to the next pixel on the minor axis
     float* accumulator;

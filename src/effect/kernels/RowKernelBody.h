@@ -29,8 +29,8 @@ inline void StoreDoubles(double* to, Vector4 v) {
 // be written as four.
 template <int channels>
 void ShiftToDouble(double* out, const float* upper, const float* lower,
-                   const ShiftedColumns& columns, double lowerShare, double gain,
-                   std::int32_t from, std::int32_t end) {
+                   const ShiftedColumns& columns, double lowerShare, double gain, std::int32_t from,
+                   std::int32_t end) {
     for (std::int32_t x = from; x < end; ++x) {
         const Vector4 value =
             ShiftPixel<channels>(upper, lower, std::ptrdiff_t{columns.left[x]} * channels,
@@ -47,14 +47,12 @@ void ShiftToDouble(double* out, const float* upper, const float* lower,
 }
 
 template <int channels>
-void ShiftToFloat(float* out, const float* upper, const float* lower,
-                  const ShiftedColumns& columns, double lowerShare, std::int32_t from,
-                  std::int32_t end) {
+void ShiftToFloat(float* out, const float* upper, const float* lower, const ShiftedColumns& columns,
+                  double lowerShare, std::int32_t from, std::int32_t end) {
     for (std::int32_t x = from; x < end; ++x) {
-        const Vector4 value =
-            ShiftPixel<channels>(upper, lower, std::ptrdiff_t{columns.left[x]} * channels,
-                                 std::ptrdiff_t{columns.right[x]} * channels, columns.share[x],
-                                 lowerShare);
+        const Vector4 value = ShiftPixel<channels>(
+            upper, lower, std::ptrdiff_t{columns.left[x]} * channels,
+            std::ptrdiff_t{columns.right[x]} * channels, columns.share[x], lowerShare);
         StoreFloats<channels>(out + std::ptrdiff_t{x} * channels, Narrow(value));
     }
 }

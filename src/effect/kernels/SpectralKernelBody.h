@@ -8,11 +8,19 @@ inline double Floor(double x) {
 }
 
 // For positions, which are never negative here.
-inline double Truncate(double x) { return static_cast<double>(static_cast<std::int32_t>(x)); }
-inline Vector4 Truncate(Vector4 x) { return Floor(x); }
+inline double Truncate(double x) {
+    return static_cast<double>(static_cast<std::int32_t>(x));
+}
+inline Vector4 Truncate(Vector4 x) {
+    return Floor(x);
+}
 
-inline Vector4 Lanes(double x) { return Set(x); }
-inline Vector4 Lanes(Vector4 x) { return x; }
+inline Vector4 Lanes(double x) {
+    return Set(x);
+}
+inline Vector4 Lanes(Vector4 x) {
+    return x;
+}
 
 // shifted where the length is too short, else position.
 inline double ChooseShort(bool isShort, double shifted, double position) {
@@ -21,13 +29,25 @@ inline double ChooseShort(bool isShort, double shifted, double position) {
 inline Vector4 ChooseShort(Vector4 isShort, Vector4 shifted, Vector4 position) {
     return Choose(isShort, shifted, position);
 }
-inline bool IsNotAbove(double x, double bound) { return !(x > bound); }
-inline Vector4 IsNotAbove(Vector4 x, double bound) { return NotGreater(x, Set(bound)); }
-inline bool IsBelow(double x, double bound) { return !(x >= bound); }
-inline Vector4 IsBelow(Vector4 x, double bound) { return NotGreaterOrEqual(x, Set(bound)); }
+inline bool IsNotAbove(double x, double bound) {
+    return !(x > bound);
+}
+inline Vector4 IsNotAbove(Vector4 x, double bound) {
+    return NotGreater(x, Set(bound));
+}
+inline bool IsBelow(double x, double bound) {
+    return !(x >= bound);
+}
+inline Vector4 IsBelow(Vector4 x, double bound) {
+    return NotGreaterOrEqual(x, Set(bound));
+}
 
-inline double MakePosition(double, double value) { return value; }
-inline Vector4 MakePosition(Vector4, double value) { return Set(value); }
+inline double MakePosition(double, double value) {
+    return value;
+}
+inline Vector4 MakePosition(Vector4, double value) {
+    return Set(value);
+}
 
 // Border x of a window, cut to a line of n samples; a NaN becomes 0.
 inline double CutBorder(double x, double n) {
@@ -110,25 +130,28 @@ inline void SpectralValues(Vector4* out, const Position* p, const SpectralLines&
                            bool invertGradient) {
     const SpectralMeans<channels, Position> mean{lines};
     const Vector4 half = Set(0.5);
-    out[0] = invertGradient
-                 ? ((mean.Rise(0, p[4], p[5]) + mean.Fall(0, p[1], p[2])) * half +
-                    mean.Box(0, p[0], p[1])) * half
-                 : ((mean.Fall(0, p[0], p[1]) + mean.Rise(0, p[3], p[4])) * half +
-                    mean.Box(0, p[4], p[5])) * half;
+    out[0] = invertGradient ? ((mean.Rise(0, p[4], p[5]) + mean.Fall(0, p[1], p[2])) * half +
+                               mean.Box(0, p[0], p[1])) *
+                                  half
+                            : ((mean.Fall(0, p[0], p[1]) + mean.Rise(0, p[3], p[4])) * half +
+                               mean.Box(0, p[4], p[5])) *
+                                  half;
     if constexpr (colors > 1) {
         const Vector4 third = Set(0.3333333333333333);
-        out[1] = invertGradient
-                     ? ((mean.Fall(1, p[3], p[4]) + mean.Rise(1, p[0], p[1])) * half +
-                        mean.Box(1, p[1], p[2]) + mean.Box(1, p[2], p[3])) * third
-                     : ((mean.Rise(1, p[1], p[2]) + mean.Fall(1, p[4], p[5])) * half +
-                        mean.Box(1, p[3], p[4]) + mean.Box(1, p[2], p[3])) * third;
+        out[1] = invertGradient ? ((mean.Fall(1, p[3], p[4]) + mean.Rise(1, p[0], p[1])) * half +
+                                   mean.Box(1, p[1], p[2]) + mean.Box(1, p[2], p[3])) *
+                                      third
+                                : ((mean.Rise(1, p[1], p[2]) + mean.Fall(1, p[4], p[5])) * half +
+                                   mean.Box(1, p[3], p[4]) + mean.Box(1, p[2], p[3])) *
+                                      third;
     }
     if constexpr (colors > 2) {
-        out[2] = invertGradient
-                     ? (mean.Rise(2, p[2], p[3]) * half + mean.Box(2, p[3], p[4]) +
-                        mean.Box(2, p[4], p[5])) * Set(0.4)
-                     : (mean.Fall(2, p[2], p[3]) * half + mean.Box(2, p[1], p[2]) +
-                        mean.Box(2, p[0], p[1])) * Set(0.4);
+        out[2] = invertGradient ? (mean.Rise(2, p[2], p[3]) * half + mean.Box(2, p[3], p[4]) +
+                                   mean.Box(2, p[4], p[5])) *
+                                      Set(0.4)
+                                : (mean.Fall(2, p[2], p[3]) * half + mean.Box(2, p[1], p[2]) +
+                                   mean.Box(2, p[0], p[1])) *
+                                      Set(0.4);
     }
     if constexpr (channels > colors) {
         out[colors] = mean.Box(colors, p[0], p[5]);

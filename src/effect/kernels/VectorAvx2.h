@@ -4,13 +4,27 @@ struct Vector4 {
     __m256d all;
 };
 
-inline Vector4 Set(double value) { return {_mm256_set1_pd(value)}; }
-inline Vector4 Load(const double* from) { return {_mm256_loadu_pd(from)}; }
-inline void Store(double* to, Vector4 v) { _mm256_storeu_pd(to, v.all); }
-inline Vector4 operator+(Vector4 a, Vector4 b) { return {_mm256_add_pd(a.all, b.all)}; }
-inline Vector4 operator-(Vector4 a, Vector4 b) { return {_mm256_sub_pd(a.all, b.all)}; }
-inline Vector4 operator*(Vector4 a, Vector4 b) { return {_mm256_mul_pd(a.all, b.all)}; }
-inline Vector4 operator/(Vector4 a, Vector4 b) { return {_mm256_div_pd(a.all, b.all)}; }
+inline Vector4 Set(double value) {
+    return {_mm256_set1_pd(value)};
+}
+inline Vector4 Load(const double* from) {
+    return {_mm256_loadu_pd(from)};
+}
+inline void Store(double* to, Vector4 v) {
+    _mm256_storeu_pd(to, v.all);
+}
+inline Vector4 operator+(Vector4 a, Vector4 b) {
+    return {_mm256_add_pd(a.all, b.all)};
+}
+inline Vector4 operator-(Vector4 a, Vector4 b) {
+    return {_mm256_sub_pd(a.all, b.all)};
+}
+inline Vector4 operator*(Vector4 a, Vector4 b) {
+    return {_mm256_mul_pd(a.all, b.all)};
+}
+inline Vector4 operator/(Vector4 a, Vector4 b) {
+    return {_mm256_div_pd(a.all, b.all)};
+}
 
 // Keeps lanes in which v is above bound or not negative, and makes the others 0.
 inline Vector4 SnapToZero(Vector4 v, double bound) {
@@ -22,9 +36,8 @@ inline Vector4 SnapToZero(Vector4 v, double bound) {
 }
 
 inline bool AllInRange(Vector4 v, double end) {
-    const __m256d inside =
-        _mm256_and_pd(_mm256_cmp_pd(v.all, _mm256_setzero_pd(), _CMP_GE_OQ),
-                      _mm256_cmp_pd(v.all, _mm256_set1_pd(end), _CMP_LT_OQ));
+    const __m256d inside = _mm256_and_pd(_mm256_cmp_pd(v.all, _mm256_setzero_pd(), _CMP_GE_OQ),
+                                         _mm256_cmp_pd(v.all, _mm256_set1_pd(end), _CMP_LT_OQ));
     return _mm256_movemask_pd(inside) == 15;
 }
 
@@ -35,18 +48,30 @@ inline Vector4 StoreTruncated(std::int32_t* to, Vector4 v) {
     return {_mm256_cvtepi32_pd(whole)};
 }
 
-inline Vector4 Widen(__m128 floats) { return {_mm256_cvtps_pd(floats)}; }
-inline __m128 Narrow(Vector4 v) { return _mm256_cvtpd_ps(v.all); }
+inline Vector4 Widen(__m128 floats) {
+    return {_mm256_cvtps_pd(floats)};
+}
+inline __m128 Narrow(Vector4 v) {
+    return _mm256_cvtpd_ps(v.all);
+}
 
 // Lane 3 from b, the others from a.
-inline Vector4 WithLane3(Vector4 a, Vector4 b) { return {_mm256_blend_pd(a.all, b.all, 8)}; }
+inline Vector4 WithLane3(Vector4 a, Vector4 b) {
+    return {_mm256_blend_pd(a.all, b.all, 8)};
+}
 
 // Lanes 2 and 3 from b.
-inline Vector4 WithUpper(Vector4 a, Vector4 b) { return {_mm256_blend_pd(a.all, b.all, 12)}; }
+inline Vector4 WithUpper(Vector4 a, Vector4 b) {
+    return {_mm256_blend_pd(a.all, b.all, 12)};
+}
 
 // b where a is not greater (a NaN included), so that Maximum(x, 0) makes a NaN 0.
-inline Vector4 Maximum(Vector4 a, Vector4 b) { return {_mm256_max_pd(a.all, b.all)}; }
-inline Vector4 Minimum(Vector4 a, Vector4 b) { return {_mm256_min_pd(a.all, b.all)}; }
+inline Vector4 Maximum(Vector4 a, Vector4 b) {
+    return {_mm256_max_pd(a.all, b.all)};
+}
+inline Vector4 Minimum(Vector4 a, Vector4 b) {
+    return {_mm256_min_pd(a.all, b.all)};
+}
 
 // a where the mask's lanes are set, b elsewhere.
 inline Vector4 Choose(Vector4 mask, Vector4 a, Vector4 b) {
@@ -57,7 +82,9 @@ inline Vector4 Greater(Vector4 a, Vector4 b) {
     return {_mm256_cmp_pd(a.all, b.all, _CMP_GT_OQ)};
 }
 
-inline int MaskBits(Vector4 mask) { return _mm256_movemask_pd(mask.all); }
+inline int MaskBits(Vector4 mask) {
+    return _mm256_movemask_pd(mask.all);
+}
 
 // The bits of positive normal numbers: mantissa scaled to 1..2, and the exponent as a double.
 inline Vector4 Mantissa(Vector4 v) {
@@ -69,8 +96,7 @@ inline Vector4 Exponent(Vector4 v) {
     // The biased exponent as the low bits of 2^52, which is a whole number to subtract from.
     const __m256i biased = _mm256_srli_epi64(_mm256_castpd_si256(v.all), 52);
     const __m256d magic = _mm256_set1_pd(4503599627370496.0);
-    const __m256d whole =
-        _mm256_castsi256_pd(_mm256_or_si256(biased, _mm256_castpd_si256(magic)));
+    const __m256d whole = _mm256_castsi256_pd(_mm256_or_si256(biased, _mm256_castpd_si256(magic)));
     return {_mm256_sub_pd(whole, _mm256_set1_pd(4503599627370496.0 + 1023.0))};
 }
 
@@ -96,7 +122,9 @@ inline Vector4 NotGreaterOrEqual(Vector4 a, Vector4 b) {
     return {_mm256_cmp_pd(a.all, b.all, _CMP_NGE_UQ)};
 }
 
-inline Vector4 Floor(Vector4 v) { return {_mm256_floor_pd(v.all)}; }
+inline Vector4 Floor(Vector4 v) {
+    return {_mm256_floor_pd(v.all)};
+}
 
 // Lane g from entries[index[g] * stride + g].
 inline Vector4 Gather(const double* entries, const std::int32_t* index, std::ptrdiff_t stride) {

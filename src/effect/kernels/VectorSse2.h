@@ -5,8 +5,12 @@ struct Vector4 {
     __m128d upper;
 };
 
-inline Vector4 Set(double value) { return {_mm_set1_pd(value), _mm_set1_pd(value)}; }
-inline Vector4 Load(const double* from) { return {_mm_loadu_pd(from), _mm_loadu_pd(from + 2)}; }
+inline Vector4 Set(double value) {
+    return {_mm_set1_pd(value), _mm_set1_pd(value)};
+}
+inline Vector4 Load(const double* from) {
+    return {_mm_loadu_pd(from), _mm_loadu_pd(from + 2)};
+}
 inline void Store(double* to, Vector4 v) {
     _mm_storeu_pd(to, v.lower);
     _mm_storeu_pd(to + 2, v.upper);
@@ -65,7 +69,9 @@ inline Vector4 WithLane3(Vector4 a, Vector4 b) {
 }
 
 // Lanes 2 and 3 from b.
-inline Vector4 WithUpper(Vector4 a, Vector4 b) { return {a.lower, b.upper}; }
+inline Vector4 WithUpper(Vector4 a, Vector4 b) {
+    return {a.lower, b.upper};
+}
 
 // b where a is not greater (a NaN included), so that Maximum(x, 0) makes a NaN 0.
 inline Vector4 Maximum(Vector4 a, Vector4 b) {
@@ -105,7 +111,9 @@ inline __m128d ExponentOf(__m128d v) {
     return _mm_sub_pd(whole, _mm_set1_pd(4503599627370496.0 + 1023.0));
 }
 
-inline Vector4 Exponent(Vector4 v) { return {ExponentOf(v.lower), ExponentOf(v.upper)}; }
+inline Vector4 Exponent(Vector4 v) {
+    return {ExponentOf(v.lower), ExponentOf(v.upper)};
+}
 
 // 2 to the power of whole numbers, -1000 to 1000.
 inline __m128d PowerOfTwoOf(__m128d v) {
@@ -113,7 +121,9 @@ inline __m128d PowerOfTwoOf(__m128d v) {
     return _mm_castsi128_pd(_mm_slli_epi64(_mm_castpd_si128(_mm_add_pd(v, magic)), 52));
 }
 
-inline Vector4 PowerOfTwo(Vector4 v) { return {PowerOfTwoOf(v.lower), PowerOfTwoOf(v.upper)}; }
+inline Vector4 PowerOfTwo(Vector4 v) {
+    return {PowerOfTwoOf(v.lower), PowerOfTwoOf(v.upper)};
+}
 
 // To the nearest whole number, for magnitudes below 2^51.
 inline Vector4 RoundToWhole(Vector4 v) {
@@ -137,7 +147,9 @@ inline __m128d FloorOf(__m128d v) {
     return _mm_sub_pd(whole, _mm_and_pd(_mm_cmpgt_pd(whole, v), _mm_set1_pd(1.0)));
 }
 
-inline Vector4 Floor(Vector4 v) { return {FloorOf(v.lower), FloorOf(v.upper)}; }
+inline Vector4 Floor(Vector4 v) {
+    return {FloorOf(v.lower), FloorOf(v.upper)};
+}
 
 // Lane g from entries[index[g] * stride + g].
 inline Vector4 Gather(const double* entries, const std::int32_t* index, std::ptrdiff_t stride) {

@@ -12,6 +12,27 @@ namespace {
 constexpr const char* kInterfaceTitle = "Radial Blur V1.26 ~ ";
 constexpr unsigned kOpenTimeout = 20000;
 
+constexpr UINT kProbe = WM_APP + 77;
+constexpr unsigned kProbeTimeout = 15000;
+std::atomic<unsigned> probesServed{0};
+
+constexpr UINT_PTR kProbeTimer = 0x7077;
+
+// Called by IsDialogMessage alone, so only from the dialog's own loop and on its thread. A timer's
+// message comes behind all others, also behind the painting: when it is served, the pass is over.
+LRESULT CALLBACK WatchLoop(int code, WPARAM wParam, LPARAM lParam) {
+    if (code == MSGF_DIALOGBOX) {
+        const auto* message = reinterpret_cast<const MSG*>(lParam);
+        if (message->message == kProbe) {
+            SetTimer(message->hwnd, kProbeTimer, 1, nullptr);
+        } else if (message->message == WM_TIMER && message->wParam == kProbeTimer) {
+            KillTimer(message->hwnd, kProbeTimer);
+            ++probesServed;
+        }
+    }
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
 struct Search {
     HWND interfaceWindow = nullptr;
 };
@@ -70,6 +91,9 @@ DialogRun::~DialogRun() {
     if (thread_.joinable()) {
         thread_.join();
     }
+    if (hook_ != nullptr) {
+        UnhookWindowsHookEx(hook_);
+    }
 }
 
 void DialogRun::RunOnThread(bool withParameters) {
@@ -93,6 +117,7 @@ bool DialogRun::Start(bool withParameters) {
     const DWORD begin = GetTickCount();
     while (!ended_ && GetTickCount() - begin < kOpenTimeout) {
         if (FindWindows()) {
+            hook_ = SetWindowsHookExA(WH_MSGFILTER, WatchLoop, nullptr, threadId_);
             return true;
         }
         Sleep(5);
@@ -112,6 +137,22 @@ bool DialogRun::FindWindows() {
     interface_ = search.interfaceWindow;
     preview_ = GetWindow(interface_, GW_OWNER);
     return preview_ != nullptr && IsWindowVisible(preview_);
+}
+
+bool DialogRun::AwaitLoop() {
+    const unsigned before = probesServed;
+    const DWORD begin = GetTickCount();
+    // A probe that a render has drained is gone, so others follow it.
+    while (probesServed == before) {
+        if (ended_ || GetTickCount() - begin > kProbeTimeout) {
+            return false;
+        }
+        PostMessageA(interface_, kProbe, 0, 0);
+        for (int i = 0; i < 50 && probesServed == before; ++i) {
+            Sleep(2);
+        }
+    }
+    return true;
 }
 
 bool DialogRun::Finish(unsigned milliseconds) {

@@ -48,6 +48,9 @@ public:
     DWORD ThreadId() const { return threadId_; }
     HWND Interface() const { return interface_; }
     HWND Preview() const { return preview_; }
+    // Waits until the dialog's own loop has served a message of ours, which a render that drains
+    // the queue does not count for. False when it does not in time.
+    bool AwaitLoop();
 
     static host::Module& LoadedModule();
     static void UnloadModule();
@@ -66,6 +69,7 @@ private:
     host::RunOutcome outcome_;
     HWND interface_ = nullptr;
     HWND preview_ = nullptr;
+    HHOOK hook_ = nullptr;
 };
 
 // A picture with edges and colours, so that a wrong row or channel shows.

@@ -40,12 +40,14 @@ COLORREF Shot::At(int x, int y) const {
 }
 
 void DialogUser::Settle() const {
-    // Posted input is served before the reply to the second question; the pause in between lets
-    // the frame that follows begin.
-    Send(run_.Interface(), WM_NULL);
-    Sleep(40);
-    Send(run_.Interface(), WM_NULL);
-    Sleep(20);
+    // The first probe may be served just ahead of the frame that it came with, the second only
+    // after it.
+    for (int probe = 0; probe < 2; ++probe) {
+        if (!run_.AwaitLoop()) {
+            return;
+        }
+        Sleep(10);
+    }
 }
 
 void DialogUser::Focus(int id) const {

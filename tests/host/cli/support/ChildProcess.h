@@ -38,5 +38,7 @@ std::filesystem::path FakeModule();
 // Platform part: `words` are the program and its arguments.
 ProgramRun RunChild(const std::vector<std::string>& words, const RunOptions& options);
 void SetFakeWords(const std::string& words);
+// Whether a byte of this process can be read, found out without reading it here.
+bool IsReadable(const void* address);
 
 }  // namespace mv::host::test

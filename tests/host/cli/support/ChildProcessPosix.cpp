@@ -91,6 +91,15 @@ void SetFakeWords(const std::string& words) {
     setenv("FAKE_MODULE", words.c_str(), 1);
 }
 
+// The system tells of a bad address where this process would die of it.
+bool IsReadable(const void* address) {
+    const Pipe pipe = MakePipe();
+    const bool readable = write(pipe.writeEnd, address, 1) == 1;
+    close(pipe.readEnd);
+    close(pipe.writeEnd);
+    return readable;
+}
+
 ProgramRun RunChild(const std::vector<std::string>& words, const RunOptions& options) {
     Pipe out = MakePipe();
     const Pipe err = options.terminal ? MakeTerminal() : MakePipe();

@@ -52,6 +52,12 @@ void SetFakeWords(const std::string& words) {
     SetEnvironmentVariableW(L"FAKE_MODULE", words.empty() ? nullptr : Wide(words).c_str());
 }
 
+bool IsReadable(const void* address) {
+    MEMORY_BASIC_INFORMATION page{};
+    return VirtualQuery(address, &page, sizeof page) != 0 && page.State == MEM_COMMIT &&
+           (page.Protect & (PAGE_NOACCESS | PAGE_GUARD)) == 0;
+}
+
 ProgramRun RunChild(const std::vector<std::string>& words, const RunOptions& options) {
     std::wstring line;
     for (const std::string& word : words) {

@@ -1,0 +1,112 @@
+#include "effect/kernels/RowKernels.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+#include "effect/TransferFunction.h"
+#include "effect/kernels/RayKernels.h"
+
+namespace mv {
+namespace {
+
+class RowKernelsOfEachSet : public testing::TestWithParam<const RowKernels*> {};
+
+std::vector<float> SignalValues() {
+    std::vector<float> values;
+    for (int i = 0; i <= 32768; ++i) {
+        values.push_back(static_cast<float>(i));
+    }
+    std::uint32_t state = 5;
+    for (int i = 0; i < 300000; ++i) {
+        state = state * 1664525u + 1013904223u;
+        values.push_back(static_cast<float>(state >> 8) * 0.003f - 500.0f);
+    }
+    const float inf = std::numeric_limits<float>::infinity();
+    for (const float odd : {std::numeric_limits<float>::quiet_NaN(), inf, -inf, 1e30f, -1e30f,
+                            -0.0f, 1e-40f, 524288.0f}) {
+        values.push_back(odd);
+    }
+    return values;
+}
+
+// The second formula is the C library's power, rounded to single precision.
+TEST_P(RowKernelsOfEachSet, LinearizesAsTheCLibraryDoes) {
+    const std::vector<float> values = SignalValues();
+    std::vector<float> decoded = values;
+    GetParam()->linearize(decoded.data(), static_cast<std::int32_t>(decoded.size()), 1, -1,
+                          3.0517578125e-5, 32768.0f);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const double x = values[i] * 3.0517578125e-5;
+        const double linear =
+            x > 0.081 ? std::pow(x * 0.9099181073703367 + 0.09008189262966335, 2.2222222222222223)
+                      : x * 0.2222222222222222;
+        const float expected = static_cast<float>(linear) * 32768.0f;
+        const bool isSame = std::memcmp(&decoded[i], &expected, 4) == 0 ||
+                            (std::isnan(decoded[i]) && std::isnan(expected));
+        ASSERT_TRUE(isSame) << values[i] << ": " << decoded[i] << " and " << expected;
+    }
+}
+
+TEST_P(RowKernelsOfEachSet, LinearizesAllButTheAlphaChannel) {
+    for (const std::int32_t period : {2, 3, 4}) {
+        std::vector<float> row(static_cast<std::size_t>(period) * 7, 200.0f);
+        GetParam()->linearize(row.data(), period * 7, period, period - 1, 0.00392156862745098,
+                              255.0f);
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const bool isAlpha = static_cast<std::int32_t>(i) % period == period - 1;
+            EXPECT_EQ(row[i], isAlpha ? 200.0f : LinearizeChannel<255>(200.0f)) << i;
+        }
+    }
+}
+
+TEST_P(RowKernelsOfEachSet, ToneIndicesBoundWhatIsBeyondWhite) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double colors[] = {-3.0, 0.0, 127.5, 255.0, 900.0, nan, 1.0};
+    std::int32_t indices[7] = {};
+    GetParam()->toneIndices(indices, colors, 7, 0.0, 255.0, 128.49803921568628);
+    const std::int32_t expected[] = {0, 0, 16383, 32767, 32767, 0, 128};
+    for (int i = 0; i < 7; ++i) {
+        EXPECT_EQ(indices[i], expected[i]) << i;
+    }
+    GetParam()->toneIndices(indices, colors, 7, 1.0, 255.0, 128.49803921568628);
+    // (127.5 + 127.5) * 1 + 127.5 lies above white.
+    EXPECT_EQ(indices[2], 32767);
+    EXPECT_EQ(indices[1], static_cast<std::int32_t>(127.5 * 128.49803921568628));
+}
+
+TEST_P(RowKernelsOfEachSet, DividesSumsByTheirWeights) {
+    const float sums[] = {6.0f, 9.0f, 12.0f, 3.0f, 1.0f, 2.0f, 3.0f, 0.0f, 5.0f, 5.0f, 5.0f, 0.5f};
+    float out[9] = {};
+    GetParam()->normalize[3](out, sums, 3);
+    const float expected[] = {2, 3, 4, 0, 0, 0, 10, 10, 10};
+    for (int i = 0; i < 9; ++i) {
+        EXPECT_FLOAT_EQ(out[i], expected[i]) << i;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Sets, RowKernelsOfEachSet, testing::ValuesIn([] {
+                             std::vector<const RowKernels*> sets{&kRowKernelsSse2};
+                             if (DetectInstructionSet() >= InstructionSet::Avx2) {
+                                 sets.push_back(&kRowKernelsAvx2);
+                             }
+                             return sets;
+                         }()));
+
+TEST(InstructionSet, CanBeForcedToWhatTheProcessorServes) {
+    EXPECT_TRUE(ForceInstructionSet(InstructionSet::Plain));
+    EXPECT_EQ(SelectRowKernels(), nullptr);
+    EXPECT_EQ(SelectRayKernels(), nullptr);
+    EXPECT_TRUE(ForceInstructionSet(InstructionSet::Sse2));
+    EXPECT_EQ(SelectRowKernels(), &kRowKernelsSse2);
+    EXPECT_EQ(ForceInstructionSet(InstructionSet::Avx2),
+              DetectInstructionSet() == InstructionSet::Avx2);
+    UseDetectedInstructionSet();
+    EXPECT_NE(SelectRowKernels(), nullptr);
+}
+
+}  // namespace
+}  // namespace mv
