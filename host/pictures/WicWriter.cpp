@@ -1,7 +1,6 @@
-// Writes PNG and TIFF files through Windows' own imaging component, where it has the pixel format.
-// It has no gray with alpha: PNG files get three equal colours then, TIFF files are written plain,
-// as are those float and 16-bit gray shapes that a system's component (such as Wine's) does not
-// write.
+// Writes PNG files through Windows' own imaging component. It has no gray with alpha, which becomes
+// three equal colours. TIFF files are written without it, not packed: it lacks shapes (which ones
+// differs between systems), knows resolutions in inches only and adds one where there is none.
 #include <algorithm>
 #include <cstring>
 #include <vector>
@@ -15,9 +14,8 @@ namespace mv::host {
 namespace {
 
 constexpr std::size_t kBandBytes = std::size_t{1} << 24;
-constexpr std::uint64_t kLargestTiff = 0xF000'0000;
 
-enum class Outcome { Done, NoSuchFormat, Failed, Stopped };
+enum class Outcome { Done, Failed, Stopped };
 
 struct Target {
     ComPointer<IStream> stream;  // in memory
@@ -25,10 +23,10 @@ struct Target {
     ComPointer<IWICBitmapFrameEncode> frame;
 };
 
-HRESULT Open(const WicFactory& factory, const GUID& container, Target& target) {
+HRESULT Open(const WicFactory& factory, const Picture& picture, Target& target) {
     HRESULT result = CreateStreamOnHGlobal(nullptr, TRUE, target.stream.Cell());
     if (SUCCEEDED(result)) {
-        result = factory->CreateEncoder(container, nullptr, target.encoder.Cell());
+        result = factory->CreateEncoder(GUID_ContainerFormatPng, nullptr, target.encoder.Cell());
     }
     if (SUCCEEDED(result)) {
         result = target.encoder->Initialize(target.stream.Get(), WICBitmapEncoderNoCache);
@@ -36,34 +34,12 @@ HRESULT Open(const WicFactory& factory, const GUID& container, Target& target) {
     if (SUCCEEDED(result)) {
         result = target.encoder->CreateNewFrame(target.frame.Cell(), nullptr);
     }
-    return SUCCEEDED(result) ? target.frame->Initialize(nullptr) : result;
-}
-
-double PerInch(double value, ResolutionUnit unit) {
-    return unit == ResolutionUnit::Centimetre ? value * 2.54 : value;
-}
-
-HRESULT Describe(const WicFactory& factory, const Picture& picture, bool withProfile,
-                 Target& target) {
-    HRESULT result =
-        target.frame->SetSize(static_cast<UINT>(picture.width), static_cast<UINT>(picture.height));
-    if (SUCCEEDED(result) && picture.resolution) {
-        result =
-            target.frame->SetResolution(PerInch(picture.resolution->x, picture.resolution->unit),
-                                        PerInch(picture.resolution->y, picture.resolution->unit));
+    if (SUCCEEDED(result)) {
+        result = target.frame->Initialize(nullptr);
     }
-    const std::vector<std::uint8_t>& profile = picture.color.iccProfile;
-    if (SUCCEEDED(result) && withProfile && !profile.empty()) {
-        ComPointer<IWICColorContext> context;
-        result = factory->CreateColorContext(context.Cell());
-        if (SUCCEEDED(result)) {
-            result =
-                context->InitializeFromMemory(profile.data(), static_cast<UINT>(profile.size()));
-        }
-        if (SUCCEEDED(result)) {
-            IWICColorContext* pointer = context.Get();
-            result = target.frame->SetColorContexts(1, &pointer);
-        }
+    if (SUCCEEDED(result)) {
+        result = target.frame->SetSize(static_cast<UINT>(picture.width),
+                                       static_cast<UINT>(picture.height));
     }
     return result;
 }
@@ -138,26 +114,16 @@ bool TakeBytes(IStream* stream, std::vector<std::uint8_t>& bytes) {
     return true;
 }
 
-struct Encoding {
-    const GUID& container;
-    const WicFormat& format;
-    bool withProfile;
-    bool swapped;
-};
-
-// Packs the picture in memory. NoSuchFormat: the component would write other pixels than these.
-Outcome Encode(const WicFactory& factory, const Encoding& encoding, const Picture& picture,
-               const StopFunction& stop, std::vector<std::uint8_t>& bytes) {
+// Packs the picture in memory.
+Outcome Encode(const WicFactory& factory, const WicFormat& format, const Picture& picture,
+               bool swapped, const StopFunction& stop, std::vector<std::uint8_t>& bytes) {
     Target target;
-    if (FAILED(Open(factory, encoding.container, target)) ||
-        FAILED(Describe(factory, picture, encoding.withProfile, target))) {
+    GUID granted = *format.id;
+    if (FAILED(Open(factory, picture, target)) || FAILED(target.frame->SetPixelFormat(&granted)) ||
+        granted != *format.id) {
         return Outcome::Failed;
     }
-    GUID granted = *encoding.format.id;
-    if (FAILED(target.frame->SetPixelFormat(&granted)) || granted != *encoding.format.id) {
-        return Outcome::NoSuchFormat;
-    }
-    const Outcome outcome = WriteRows(encoding.format, picture, encoding.swapped, target, stop);
+    const Outcome outcome = WriteRows(format, picture, swapped, target, stop);
     return outcome == Outcome::Done && !TakeBytes(target.stream.Get(), bytes) ? Outcome::Failed
                                                                               : outcome;
 }
@@ -171,22 +137,13 @@ bool WritesPngSwapped(const WicFactory& factory) {
     pixel.colours = 1;
     pixel.type = SampleType::UInt16;
     pixel.samples = {0x02, 0x01};  // the sample in the machine's byte order
-    const Encoding encoding{GUID_ContainerFormatPng, *FindWicFormat(pixel), false, false};
     std::vector<std::uint8_t> bytes;
     std::uint16_t sample = kProbeSample;
-    if (Encode(factory, encoding, pixel, {}, bytes) != Outcome::Done ||
+    if (Encode(factory, *FindWicFormat(pixel), pixel, false, {}, bytes) != Outcome::Done ||
         !ReadFirstSample(factory, bytes.data(), bytes.size(), sample)) {
         return false;
     }
     return (sample != kProbeSample) != ReadsPngSwapped(factory);
-}
-
-PictureResult Store(const std::filesystem::path& path, AtomicFile& file,
-                    const std::vector<std::uint8_t>& bytes) {
-    if (!file.Write(bytes.data(), bytes.size())) {
-        return CannotWrite(path, file.WriteFailure());
-    }
-    return {};
 }
 
 }  // namespace
@@ -202,41 +159,26 @@ PictureResult WritePng(const std::filesystem::path& path, AtomicFile& file, cons
     std::vector<std::uint8_t> bytes;
     if (factory.IsThere()) {
         const bool swapped = picture.type == SampleType::UInt16 && WritesPngSwapped(factory);
-        const Encoding encoding{GUID_ContainerFormatPng, *FindWicFormat(shape), false, swapped};
-        outcome = Encode(factory, encoding, picture, stop, bytes);
+        outcome = Encode(factory, *FindWicFormat(shape), picture, swapped, stop, bytes);
     }
     switch (outcome) {
         case Outcome::Stopped:
             return Stopped(path);
-        case Outcome::NoSuchFormat:
         case Outcome::Failed:
             return CannotWrite(path, "the imaging component of this system cannot pack it");
         case Outcome::Done:
             break;
     }
-    return Store(path, file, DescribePng(bytes, picture));
+    bytes = DescribePng(bytes, picture);
+    if (!file.Write(bytes.data(), bytes.size())) {
+        return CannotWrite(path, file.WriteFailure());
+    }
+    return {};
 }
 
 PictureResult WriteTiff(const std::filesystem::path& path, AtomicFile& file, const Picture& picture,
                         const StopFunction& stop) {
-    const WicFactory factory;
-    const WicFormat* const format = FindWicFormat(picture);
-    Outcome outcome = Outcome::NoSuchFormat;
-    std::vector<std::uint8_t> bytes;
-    if (factory.IsThere() && format != nullptr && picture.samples.size() < kLargestTiff) {
-        const Encoding encoding{GUID_ContainerFormatTiff, *format, true, false};
-        outcome = Encode(factory, encoding, picture, stop, bytes);
-    }
-    switch (outcome) {
-        case Outcome::Stopped:
-            return Stopped(path);
-        case Outcome::NoSuchFormat:
-        case Outcome::Failed:
-            return WritePlainTiff(path, file, picture, stop);
-        case Outcome::Done:
-            break;
-    }
-    return Store(path, file, bytes);
+    return WritePlainTiff(path, file, picture, stop);
 }
 
 }  // namespace mv::host

@@ -28,7 +28,7 @@ public:
         position_ = position;
         range_ = range;
         rowsDone_ = 0;
-        // Each pixel onto itself: a neighbour that is no number must not get in, not even by nothing.
+        // Each pixel onto itself: a neighbour that is no number stays out, even as nothing of it.
         if (dx == 0.0 && dy == 0.0) {
             return ReportAllRows();
         }

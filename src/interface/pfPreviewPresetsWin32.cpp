@@ -37,6 +37,26 @@ void SelectWholeName(HWND window) noexcept {
     SendMessageA(edit, EM_SETSEL, 0, GetWindowTextLengthA(edit));
 }
 
+// The file dialog moves the process to the folder that was chosen, and the process is the host's.
+class CurrentFolderGuard {
+public:
+    CurrentFolderGuard() noexcept {
+        const DWORD length = GetCurrentDirectoryW(MAX_PATH, folder_);
+        known_ = length > 0 && length < MAX_PATH;
+    }
+    ~CurrentFolderGuard() {
+        if (known_) {
+            SetCurrentDirectoryW(folder_);
+        }
+    }
+    CurrentFolderGuard(const CurrentFolderGuard&) = delete;
+    CurrentFolderGuard& operator=(const CurrentFolderGuard&) = delete;
+
+private:
+    wchar_t folder_[MAX_PATH] = {};
+    bool known_ = false;
+};
+
 }  // namespace
 
 // The selected entry's text. False when nothing is selected or the text is too long.
@@ -204,6 +224,7 @@ void pfPreviewWin32::SetPresetPath(const std::string& path) {
 void pfPreviewWin32::OnChangeSettingFile() {
     WriteLog(kTrace, "pfPreviewWin32::OnChangeSettingFile()");
     LogScope scope;
+    const CurrentFolderGuard currentFolder;
     char path[kPresetPathCapacity] = {};
     if (m_strPresetPath.size() < std::size(path)) {
         std::memcpy(path, m_strPresetPath.data(), m_strPresetPath.size());

@@ -41,7 +41,7 @@ public:
     // The destination keeps its controls and has at least as many elements, in the same order.
     static void CopyParameters(const pfParameters* source, pfParameters* destination) noexcept;
 
-    // Preset files. Paths are handed to the C library as they stand. Without an undo buffer a
+    // Preset files. Paths are handed to the system as they stand. Without an undo buffer a
     // load makes no undo step.
     bool LoadSettings(const std::string& name, const std::string& path,
                       pfUndoBuffer* undoBuffer) noexcept;
@@ -50,10 +50,12 @@ public:
     bool SaveSettings(const std::string& name, const std::string& path,
                       const std::string& filterName) const noexcept;
     static bool DeleteSettings(const std::string& name, const std::string& path) noexcept;
-    // False only when the file belongs to another filter or the path is empty.
+    // Adds the names in the order of the file. False when the path is empty or the file is not
+    // one of this filter's; a file that is missing has no names.
     static bool GetSettingNames(const std::string& path, std::list<std::string>& names,
                                 const std::string& filterName) noexcept;
-    // filterName comes back as the owner's name when the file belongs to another filter.
+    // A missing file is valid: the first save makes it. When the file belongs to another filter,
+    // filterName comes back as that one's name; it stays when the file is no preset file at all.
     static bool IsSettingFileValid(const std::string& path, std::string& filterName) noexcept;
 
     // True when the dialog is to be shown.

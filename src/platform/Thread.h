@@ -39,6 +39,7 @@ public:
 private:
     Function function_ = nullptr;
     void* argument_ = nullptr;
+    Event* exited_ = nullptr;
     std::atomic<std::uint32_t> id_{0};
 #ifdef _WIN32
     static void __stdcall Run(unsigned long long self);
@@ -47,7 +48,6 @@ private:
 #else
     static void* Run(void* self);
 
-    Event* exited_ = nullptr;
     pthread_t handle_{};
     bool started_ = false;
     bool joined_ = false;

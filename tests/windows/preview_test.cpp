@@ -429,6 +429,8 @@ TEST_F(Preview, AHostThatRefusesAPictureLeavesTheDialogUsable) {
     user->Click(kZoomIn);  // refused
     EXPECT_EQ(user->Text(kZoomText), "50%");
     user->Type(1028, "0.5");
+    InvalidateRect(run->Preview(), nullptr, FALSE);
+    user->Settle();
     EXPECT_EQ(user->ShootPreview().At(100, 200), RGB(0, 0, 0));
     user->Click(kZoomIn);
     EXPECT_NE(user->ShootPreview().At(100, 200), RGB(0, 0, 0));

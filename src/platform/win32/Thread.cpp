@@ -20,22 +20,32 @@ Shape SystemRoutine(Function function) noexcept {
 
 void __stdcall Thread::Run(unsigned long long self) {
     const Thread& thread = *reinterpret_cast<const Thread*>(self);
+    const HANDLE exited = thread.exited_->handle_;
     thread.function_(thread.argument_);
+    // Queued only now: a callback of the host may have waited in a way that lets queued calls in.
+    if (::QueueUserAPC(SystemRoutine<PAPCFUNC>(&::SetEvent), ::GetCurrentThread(),
+                       reinterpret_cast<ULONG_PTR>(exited)) == 0) {
+        // The system is at its end; better a small risk than a pool that waits for ever.
+        ::SetEvent(exited);
+    }
 }
 
-// The thread begins as a system routine, ExitThread, and never gets that far before it has worked
-// off the calls queued for it while it was suspended: a SetEvent, our own routine, and another
-// SetEvent. All are made by the system's dispatcher.
+// The thread begins as a system routine, ExitThread, and does not get that far before it has worked
+// off the calls queued for it: a SetEvent and our own routine, which at its end queues another
+// SetEvent. All of them are made by the system's dispatcher, one after the other.
 // The first tells that the thread has begun. A thread takes the loader's lock to begin, so an
 // unload could not wait for one that had not come so far yet.
-// The last comes after our routine has returned: when `exited` is seen set, nothing of this module
-// is left on the thread's stack, and the module may be unmapped under the thread's last steps. An
-// event that our own routine set would leave the way back from there to the system uncovered.
+// The last is made after our routine has returned: when `exited` is seen set, nothing of this
+// module is left on the thread's stack, and the module may be unmapped under the thread's last
+// steps. An event that our own routine set would leave the way back to the system uncovered.
 bool Thread::Start(Function function, void* argument, Event& exited) noexcept {
     if (IsRefused(PlatformCall::ThreadStart)) {
         return false;
     }
-    Event begun;
+    const Event begun;
+    if (!begun.IsUsable() || !exited.IsUsable()) {
+        return false;
+    }
     DWORD id = 0;
     const HANDLE handle =
         ::CreateThread(nullptr, 0, SystemRoutine<LPTHREAD_START_ROUTINE>(&::ExitThread), nullptr,
@@ -45,21 +55,19 @@ bool Thread::Start(Function function, void* argument, Event& exited) noexcept {
     }
     function_ = function;
     argument_ = argument;
+    exited_ = &exited;
     handle_ = handle;
     id_.store(id, std::memory_order_relaxed);
-    const auto setEvent = SystemRoutine<PAPCFUNC>(&::SetEvent);
-    const bool queued =
-        begun.IsUsable() && exited.IsUsable() &&
-        ::QueueUserAPC(setEvent, handle, reinterpret_cast<ULONG_PTR>(begun.handle_)) != 0 &&
-        ::QueueUserAPC(&Thread::Run, handle, reinterpret_cast<ULONG_PTR>(this)) != 0 &&
-        ::QueueUserAPC(setEvent, handle, reinterpret_cast<ULONG_PTR>(exited.handle_)) != 0;
-    if (!queued || ::ResumeThread(handle) == static_cast<DWORD>(-1)) {
+    if (::QueueUserAPC(SystemRoutine<PAPCFUNC>(&::SetEvent), handle,
+                       reinterpret_cast<ULONG_PTR>(begun.handle_)) == 0 ||
+        ::QueueUserAPC(&Thread::Run, handle, reinterpret_cast<ULONG_PTR>(this)) == 0 ||
+        ::ResumeThread(handle) == static_cast<DWORD>(-1)) {
         // It never ran and holds nothing.
         ::TerminateThread(handle, 0);
         Close();
         return false;
     }
-    begun.Wait();
+    ::WaitForSingleObject(begun.handle_, INFINITE);
     return true;
 }
 

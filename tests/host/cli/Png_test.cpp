@@ -29,6 +29,12 @@ std::uint32_t SampleAt(const Picture& picture, int x, int y, int channel) {
     return static_cast<std::uint32_t>(address[0] | (address[1] << 8));
 }
 
+#ifdef _WIN32
+constexpr bool kIsWindows = true;
+#else
+constexpr bool kIsWindows = false;
+#endif
+
 struct Shape {
     int channels;
     int bits;
@@ -49,7 +55,9 @@ TEST_P(PngShapeTest, GoesThroughTheModule) {
     EXPECT_EQ(picture.height, 7);
     const bool alpha = channels == 2 || channels == 4;
     EXPECT_EQ(picture.alpha, alpha);
-    EXPECT_EQ(picture.colours, channels >= 3 ? 3 : 1);
+    // The imaging component of Windows writes gray with alpha as three equal colours.
+    const int spread = kIsWindows && channels == 2 ? 2 : 0;
+    EXPECT_EQ(picture.colours, channels >= 3 || spread > 0 ? 3 : 1);
     EXPECT_EQ(picture.type, bits == 16 ? SampleType::UInt16 : SampleType::UInt8);
     for (int y = 0; y < 7; ++y) {
         for (int x = 0; x < 13; ++x) {
@@ -61,7 +69,8 @@ TEST_P(PngShapeTest, GoesThroughTheModule) {
                     inside = alpha && c == channels - 1 ? inside : 32768 - inside;
                     expected = static_cast<std::uint32_t>(inside * 65535.0 / 32768.0 + 0.5);
                 }
-                ASSERT_EQ(SampleAt(picture, x, y, c), expected) << x << "," << y << "," << c;
+                ASSERT_EQ(SampleAt(picture, x, y, c > 0 ? c + spread : 0), expected)
+                    << x << "," << y << "," << c;
             }
         }
     }

@@ -443,6 +443,20 @@ TEST(EffectSizes, ThinPicturesOfEveryShape) {
     }
 }
 
+TEST(EffectSizes, LongAndThinPictures) {
+    Random random(18);
+    const int sizes[][2] = {{2500, 1}, {1, 2500}, {1500, 3}, {3, 1500}};
+    for (const int shape : {0, 5, 14}) {
+        for (const auto& size : sizes) {
+            RenderJob job = RandomPicture(random, shape, size[0], size[1]);
+            job.settings.mode = 1 + shape % 2;
+            job.settings.originX = random.Between(-0.2, 1.2);
+            job.settings.originY = random.Between(-0.2, 1.2);
+            ExpectSameBytes(job);
+        }
+    }
+}
+
 TEST(EffectSizes, APictureWithoutPixelsIsDoneAtOnce) {
     const int sizes[][2] = {{0, 0}, {0, 5}, {5, 0}};
     for (const auto& size : sizes) {

@@ -176,6 +176,31 @@ TEST_F(HostileTest, SizesThatCannotBe) {
     }
 }
 
+// A working image of 4 GiB or more is never there: refused before a single sample is touched.
+TEST_F(HostileTest, APictureThatNoBlockHolds) {
+    static FilterRecord* record = nullptr;
+    static GuardedBytes samples(64);
+    std::fill_n(samples.Data(), samples.Size(), std::uint8_t{0x77});
+    for (const int planes : {2, 3, 4}) {
+        JobSession session(job_);
+        record = &session.Host().Record();
+        record->imageSize = {32767, 32767};
+        record->planes = static_cast<std::int16_t>(planes);
+        record->inLayerPlanes = static_cast<std::int16_t>(planes - 1);
+        record->imageMode = 7;
+        record->haveMask = 0;
+        record->advanceState = []() -> hostapi::OSErr {
+            record->inData = record->outData = samples.Data();
+            record->inRowBytes = record->outRowBytes = 4;
+            return hostapi::noErr;
+        };
+        EXPECT_EQ(session.Start(), hostapi::memFullErr) << planes;
+        EXPECT_EQ(session.Reproach(), "");
+        EXPECT_EQ(session.Host().Counts().progressCalls, 1);
+        EXPECT_EQ(std::count(samples.Data(), samples.Data() + 64, 0x77), 64);
+    }
+}
+
 TEST_F(HostileTest, OnePixel) {
     for (int shape = 0; shape < kShapes; ++shape) {
         Random random(static_cast<std::uint32_t>(shape));

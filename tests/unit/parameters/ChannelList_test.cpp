@@ -32,6 +32,7 @@ std::vector<std::string> Channels(const Document& document) {
     list.AddEntry("goes away");
     list.FillChannelList(&record);
     std::vector<std::string> result;
+    result.reserve(static_cast<std::size_t>(list.GetEntryCount()));
     for (int i = 0; i < list.GetEntryCount(); ++i) {
         result.push_back(list.GetEntry(i));
     }

@@ -1,9 +1,9 @@
 // The text functions against a second, plain version of them that reads with the C library, as far
 // as that goes: where a token has no limit in length, and no byte is a NUL.
 #include <gtest/gtest.h>
-#include <stdio.h>
-#include <string.h>
 
+#include <cstdio>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>

@@ -105,6 +105,8 @@ void DialogRun::RunOnThread(bool withParameters) {
     platformData_.hwnd = hostWindow;
     session_->Record().platformData = &platformData_;
     outcome_ = session_->Run(withParameters);
+    MSG message;
+    quitWasLeft_ = PeekMessageA(&message, nullptr, WM_QUIT, WM_QUIT, PM_NOREMOVE) != FALSE;
     if (withHostWindow) {
         DestroyWindow(hostWindow);
     }

@@ -45,6 +45,8 @@ public:
     bool Finish(unsigned milliseconds = 20000);
     const host::RunOutcome& Outcome() const { return outcome_; }
     std::vector<AdvanceRequest> Requests();
+    // Whether a quit message was in the thread's queue when the run had ended.
+    bool QuitWasLeft() const { return quitWasLeft_; }
     DWORD ThreadId() const { return threadId_; }
     HWND Interface() const { return interface_; }
     HWND Preview() const { return preview_; }
@@ -67,6 +69,7 @@ private:
     std::mutex mutex_;
     std::vector<AdvanceRequest> requests_;
     host::RunOutcome outcome_;
+    bool quitWasLeft_ = false;
     HWND interface_ = nullptr;
     HWND preview_ = nullptr;
     HHOOK hook_ = nullptr;

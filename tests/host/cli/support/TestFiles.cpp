@@ -79,6 +79,7 @@ std::vector<TiffTag> AllTags(const TiffPicture& tiff, const Bytes& offsets, cons
     tags.push_back({256, 4, Long(tiff, tiff.width)});
     tags.push_back({257, 4, Long(tiff, tiff.height)});
     tags.push_back({258, 3, bits});
+    tags.push_back({259, 3, Short(tiff, tiff.compression)});
     tags.push_back({262, 3, Short(tiff, tiff.photometric)});
     tags.push_back({277, 3, Short(tiff, tiff.samples)});
     tags.push_back({284, 3, Short(tiff, tiff.planar)});
@@ -240,6 +241,41 @@ Bytes Short(const TiffPicture& tiff, std::uint16_t value) {
 
 Bytes Long(const TiffPicture& tiff, std::uint32_t value) {
     return Ordered(tiff.bigEndian, value, 4);
+}
+
+// Codes of nine bits for single bytes, with a fresh table before wider codes would be due.
+Bytes SimpleLzw(const Bytes& data) {
+    constexpr unsigned kClear = 256;
+    constexpr unsigned kEnd = 257;
+    Bytes packed;
+    std::uint32_t bits = 0;
+    int count = 0;
+    const auto put = [&](unsigned code) {
+        bits = (bits << 9) | code;
+        for (count += 9; count >= 8; count -= 8) {
+            packed.push_back(static_cast<std::uint8_t>(bits >> (count - 8)));
+        }
+    };
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        if (i % 200 == 0) {
+            put(kClear);
+        }
+        put(data[i]);
+    }
+    put(kEnd);
+    put(0);  // fills the last byte
+    return packed;
+}
+
+Bytes SimplePackBits(const Bytes& data) {
+    Bytes packed;
+    for (std::size_t start = 0; start < data.size(); start += 128) {
+        const std::size_t size = std::min<std::size_t>(128, data.size() - start);
+        packed.push_back(static_cast<std::uint8_t>(size - 1));
+        packed.insert(packed.end(), data.begin() + static_cast<std::ptrdiff_t>(start),
+                      data.begin() + static_cast<std::ptrdiff_t>(start + size));
+    }
+    return packed;
 }
 
 // Header, pixel data, data of long tags, directory.

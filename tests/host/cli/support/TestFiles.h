@@ -64,7 +64,7 @@ struct TiffTag {
     Bytes data;              // in the file's byte order
 };
 
-// A TIFF file put together byte by byte, uncompressed.
+// A TIFF file put together byte by byte.
 struct TiffPicture {
     bool bigEndian = false;
     std::uint32_t width = 0;
@@ -74,7 +74,8 @@ struct TiffPicture {
     std::uint16_t photometric = 2;
     std::uint16_t sampleFormat = 1;
     std::uint16_t planar = 1;
-    std::uint32_t tileWidth = 0;  // tiles instead of strips when it is not 0
+    std::uint16_t compression = 1;  // of the blocks as they are given
+    std::uint32_t tileWidth = 0;    // tiles instead of strips when it is not 0
     std::uint32_t tileHeight = 0;
     std::uint32_t rowsPerStrip = 0;  // 0: one strip
     std::vector<TiffTag> tags;       // beside those of the fields above
@@ -82,6 +83,9 @@ struct TiffPicture {
 };
 
 void WriteTiffFile(const std::filesystem::path& path, const TiffPicture& tiff);
+// Data packed as LZW and as PackBits, in the simplest way that the formats allow.
+Bytes SimpleLzw(const Bytes& data);
+Bytes SimplePackBits(const Bytes& data);
 Bytes Short(const TiffPicture& tiff, std::uint16_t value);
 Bytes Long(const TiffPicture& tiff, std::uint32_t value);
 
