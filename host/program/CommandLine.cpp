@@ -155,9 +155,10 @@ Usage: radial-blur INPUT OUTPUT [OPTION...]
   radial-blur in.png out.png --strength 0.4 --origin 0.3,0.6 --mode abberative --blend screen
 
 Pictures are PNG (8, 16 bit) and TIFF (8, 16 bit, 32 bit float) files in gray or RGB, with or
-without transparency, of at most 30000 pixels a side. The output's name says its format; depth,
-colour profile and resolution are those of the input. An output that exists is replaced in one
-step when the new one is complete, and stays as it was if anything goes wrong.
+without transparency, of at most 30000 pixels a side; of a TIFF file with several pictures the
+first one counts. The output's name says its format; depth, colour profile and resolution are those
+of the input. An output that exists is replaced in one step when the new one is complete, and stays
+as it was if anything goes wrong.
 
 Files
   --mask FILE       a picture of the same size that says how much of each pixel takes part,

@@ -11,10 +11,15 @@ namespace {
 
 std::atomic<bool> interrupted{false};
 
-// Runs on a thread of its own. True keeps the system from ending the process at once; after a
-// closed window it ends it some seconds later all the same.
-BOOL WINAPI NoteEvent(DWORD) {
+constexpr DWORD kPatience = 30000;  // ms; the system itself loses patience before
+
+// Runs on a thread of its own; true keeps the system from ending the process. Behind a closed
+// window it does that as soon as this function returns, and so that waits for the run to stop.
+BOOL WINAPI NoteEvent(DWORD event) {
     interrupted.store(true);
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+        Sleep(kPatience);
+    }
     return TRUE;
 }
 

@@ -8,11 +8,11 @@ namespace {
 
 class Frames : public DialogTest {
 protected:
-    // A picture whose full frames take a good second, shown at its full size.
+    // A picture whose full frames take some hundred milliseconds, shown at its full size.
     void OpenLarge(bool fixedPreview) {
         PutNumber("Preview Position Width", 400);
         PutNumber("Preview Position Height", 400);
-        Prepare(ColorDocument(2600, 2000));
+        Prepare(ColorDocument(2000, 1500));
         Open();
         if (fixedPreview) {
             user->Click(1081);

@@ -33,7 +33,7 @@ DISPLAY=":$number"
 export DISPLAY
 WINEPREFIX="$folder/prefix"
 WINEDEBUG=${WINEDEBUG:--all}
-WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
+WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe,winedbg.exe=d"
 export WINEPREFIX WINEDEBUG WINEDLLOVERRIDES
 
 # Without a window manager nothing places or frames windows but Wine itself.

@@ -45,7 +45,8 @@ protected:
         return std::uniform_int_distribution<int>(from, to)(generator_);
     }
 
-    // A box that came up is answered, mostly with no.
+    // A box that came up is answered, mostly with no. The file dialog is the system's own, and is
+    // only closed.
     void AnswerBoxes() {
         for (int i = 0; i < 50; ++i) {
             Boxes boxes = {run->Interface(), run->Preview()};
@@ -53,10 +54,16 @@ protected:
             if (boxes.found == nullptr) {
                 return;
             }
-            PostMessageA(boxes.found, WM_COMMAND,
-                         static_cast<WPARAM>(Random(0, 3) == 0 ? IDYES : IDNO), 0);
+            char title[64] = {};
+            GetWindowTextA(boxes.found, title, sizeof title);
+            if (std::string(title) != "Open Presets File") {
+                PostMessageA(boxes.found, WM_COMMAND,
+                             static_cast<WPARAM>(Random(0, 3) == 0 ? IDYES : IDNO), 0);
+            }
+            Sleep(20);
             PostMessageA(boxes.found, WM_COMMAND, IDCANCEL, 0);
-            Sleep(5);
+            const HWND box = boxes.found;
+            Eventually([&] { return !IsWindow(box) || !IsWindowVisible(box); }, 500);
         }
     }
 
@@ -118,7 +125,7 @@ protected:
                 break;
             case 10:
                 PostMessageA(dialog, WM_COMMAND,
-                             static_cast<WPARAM>(Random(0, 3) == 0 ? 1015 : Random(1001, 1003)), 0);
+                             static_cast<WPARAM>(Random(0, 9) == 0 ? 1015 : Random(1001, 1003)), 0);
                 break;
             default:
                 PostMessageA(Random(0, 1) == 0 ? dialog : run->Preview(),

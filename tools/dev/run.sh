@@ -4,9 +4,9 @@
 # The looks: a name, then the options of the command line.
 sampleLooks=(
     "defaults"
-    "soft_zoom      --strength 0.15 --zoom-start 0 --holdout-radius 0.2"
-    "sun_rays       --origin 0.3,0.25 --strength 0.9 --selection-low 170 --selection-soften 0.5 --blend screen"
-    "colour_streaks --mode abberative --strength 0.5 --holdout-radius 0.1"
+    "soft_zoom      --strength 0.12 --holdout 0.2"
+    "sun_rays       --origin 0.3,0.25 --strength 0.9 --low 170 --soften 0.5 --blend screen"
+    "colour_streaks --mode abberative --strength 0.5 --holdout 0.1"
 )
 
 RunSample() {

@@ -2,11 +2,11 @@
 // source file.
 
 inline __m128 LoadPair(const float* from) {
-    return _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(from)));
+    return _mm_castsi128_ps(_mm_loadu_si64(from));
 }
 
 inline void StorePair(float* to, __m128 v) {
-    _mm_store_sd(reinterpret_cast<double*>(to), _mm_castps_pd(v));
+    _mm_storeu_si64(to, _mm_castps_si128(v));
 }
 
 // count floats, the rest of the register 0; never reads past them.

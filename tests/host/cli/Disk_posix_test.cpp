@@ -9,6 +9,8 @@
 #include <cstring>
 
 #include "pictures/PictureFile.h"
+#include "pictures/PlainTiff.h"
+#include "pictures/PngChunks.h"
 #include "support/ChildProcess.h"
 #include "support/TestFiles.h"
 
@@ -270,6 +272,126 @@ TEST_F(DiskTest, AFloatTiffWithAlphaIsDeclaredAsSuch) {
     EXPECT_EQ(TIFFReadScanline(out, read, 0, 0), 1);
     EXPECT_EQ(std::memcmp(read, pixel, sizeof pixel), 0);
     TIFFClose(out);
+}
+
+// Photographs are packed so: the unpacker turns the colours into RGB.
+TEST_F(DiskTest, AJpegInsideOfATiffIsRead) {
+    TIFF* const tiff = TIFFOpen((folder_ / "photo.tif").c_str(), "w");
+    ASSERT_NE(tiff, nullptr);
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 16);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 16);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 3);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_JPEG);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_YCBCR);
+    TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 16);
+    Bytes pixels;
+    for (int i = 0; i < 256; ++i) {
+        pixels.insert(pixels.end(), {200, 100, 50});
+    }
+    EXPECT_GT(TIFFWriteEncodedStrip(tiff, 0, pixels.data(), 768), 0);
+    TIFFClose(tiff);
+    Picture picture;
+    const PictureResult failure = ReadPicture(folder_ / "photo.tif", picture);
+    ASSERT_FALSE(failure.has_value()) << failure->text;
+    EXPECT_EQ(picture.colours, 3);
+    ASSERT_EQ(picture.samples.size(), 768U);
+    for (std::size_t i = 0; i < 768; ++i) {
+        EXPECT_NEAR(picture.samples[i], pixels[i], 3);
+    }
+}
+
+// What the Windows build does by itself is the same everywhere.
+TEST_F(DiskTest, ThePlainTiffWriterIsUnderstoodByTheLibrary) {
+    for (const SampleType type : {SampleType::UInt8, SampleType::UInt16, SampleType::Float32}) {
+        for (const int channels : {1, 2, 3, 4}) {
+            Picture picture;
+            picture.width = 5;
+            picture.height = 3;
+            picture.colours = channels >= 3 ? 3 : 1;
+            picture.alpha = channels % 2 == 0;
+            picture.type = type;
+            picture.resolution = Resolution{118.11, 300.0, ResolutionUnit::Centimetre};
+            picture.color.iccProfile = ColourProfile("RGB ");
+            picture.samples.resize(picture.RowBytes() * 3);
+            for (std::size_t i = 0; i < picture.samples.size(); ++i) {
+                picture.samples[i] = static_cast<std::uint8_t>(i * 7 % 64);
+            }
+            const fs::path path = folder_ / "plain.tif";
+            AtomicFile file;
+            std::string why;
+            ASSERT_TRUE(file.Open(path, why)) << why;
+            ASSERT_FALSE(WritePlainTiff(path, file, picture, {}).has_value());
+            ASSERT_TRUE(file.Commit(why)) << why;
+            Picture read;
+            const PictureResult failure = ReadPicture(path, read);
+            ASSERT_FALSE(failure.has_value()) << failure->text;
+            EXPECT_EQ(read.colours, picture.colours);
+            EXPECT_EQ(read.alpha, picture.alpha);
+            EXPECT_EQ(read.type, picture.type);
+            EXPECT_EQ(read.samples, picture.samples);
+            EXPECT_EQ(read.color.iccProfile, picture.color.iccProfile);
+            EXPECT_NEAR(read.resolution->x, 118.11, 1e-5);
+            EXPECT_EQ(read.resolution->y, 300.0);
+            EXPECT_EQ(read.resolution->unit, ResolutionUnit::Centimetre);
+        }
+    }
+}
+
+TEST_F(DiskTest, ThePlainTiffReaderUnderstandsWhatTheTagsSay) {
+    TiffPicture tiff;
+    tiff.bigEndian = true;
+    tiff.width = 3;
+    tiff.height = 2;
+    tiff.bits = 16;
+    tiff.samples = 1;
+    tiff.photometric = 0;
+    tiff.rowsPerStrip = 1;
+    tiff.tags = {{274, 3, Short(tiff, 2)}};
+    tiff.blocks = {{0, 1, 0, 2, 0, 3}, {1, 0, 2, 0, 3, 0}};
+    WriteTiffFile(folder_ / "in.tif", tiff);
+    TiffFacts facts;
+    ASSERT_FALSE(ReadTiffFacts(folder_ / "in.tif", facts).has_value());
+    EXPECT_TRUE(facts.bigEndian);
+    EXPECT_EQ(facts.layout.width, 3U);
+    EXPECT_EQ(facts.layout.height, 2U);
+    EXPECT_EQ(facts.layout.bits, 16);
+    EXPECT_EQ(facts.layout.orientation, 2);
+    EXPECT_EQ(facts.blockOffsets.size(), 2U);
+    Picture picture;
+    ASSERT_FALSE(JudgeTiff(folder_ / "in.tif", facts.layout, picture).has_value());
+    picture.width = 3;
+    picture.height = 2;
+    picture.samples.resize(12);
+    ASSERT_FALSE(ReadPlainTiff(folder_ / "in.tif", facts, picture, {}).has_value());
+    NormalizeTiff(facts.layout, picture);
+    Picture expected;
+    ASSERT_FALSE(ReadPicture(folder_ / "in.tif", expected).has_value());
+    EXPECT_EQ(picture.samples, expected.samples);
+    // The first sample is the third one from white: 65535 - 3.
+    EXPECT_EQ(picture.samples[0], 0xFC);
+    EXPECT_EQ(picture.samples[1], 0xFF);
+}
+
+TEST_F(DiskTest, DescribingAPngReplacesWhatWasThere) {
+    PngFile png{.width = 1, .height = 1, .bits = 8, .colorType = 2};
+    png.rows = {{1, 2, 3}};
+    png.chunks = {{"gAMA", BigEndian32(1)}, {"pHYs", Bytes(9, 1)}, {"tEXt", {'k', 0, 'v'}}};
+    WritePngFile(folder_ / "in.png", png);
+    Picture picture;
+    picture.resolution = Resolution{300.0, 150.0, ResolutionUnit::Inch};
+    picture.color.iccProfile = ColourProfile("RGB ");
+    WriteBytes(folder_ / "out.png", DescribePng(ReadBytes(folder_ / "in.png"), picture));
+    EXPECT_THAT(FindPngChunk(folder_ / "out.png", "gAMA"), IsEmpty());
+    EXPECT_THAT(FindPngChunk(folder_ / "out.png", "pHYs"),
+                ElementsAre(0, 0, 0x2E, 0x23, 0, 0, 0x17, 0x12, 1));
+    EXPECT_THAT(FindPngChunk(folder_ / "out.png", "tEXt"), ElementsAre('k', 0, 'v'));
+    Picture read;
+    ASSERT_FALSE(ReadPicture(folder_ / "out.png", read).has_value());
+    EXPECT_EQ(read.color.iccProfile, picture.color.iccProfile);
+    EXPECT_THAT(read.samples, ElementsAre(1, 2, 3));
 }
 
 }  // namespace

@@ -300,5 +300,24 @@ TEST(PngTest, WhatTheModuleDoesNotRequestStays) {
     }
 }
 
+TEST(PngTest, NamesBeyondAsciiAreServed) {
+    const TempFolder folder;
+    const auto in = folder.Path() / PathFromText("gr\xC3\xBCn \xE2\x98\x80 in.png");
+    const auto out = folder.Path() / PathFromText("gr\xC3\xBCn \xE2\x98\x80 out.png");
+    WriteGradientPng(in, 4, 4, 3, 8);
+    const ProgramRun run = RunRadialBlur({PathToText(in), PathToText(out), "--json"});
+    ASSERT_EQ(run.code, 0) << run.err;
+    EXPECT_TRUE(std::filesystem::exists(out));
+    EXPECT_THAT(run.out, ::testing::HasSubstr("gr\xC3\xBCn \xE2\x98\x80 out.png\""));
+}
+
+TEST(PngTest, LettersInNamesAreNotSpoiltInErrors) {
+    const TempFolder folder;
+    const auto in = folder.Path() / PathFromText("\xC3\xA4.png");
+    const ProgramRun run = RunRadialBlur({PathToText(in), "out.png"});
+    EXPECT_EQ(run.code, 3);
+    EXPECT_THAT(run.err, ::testing::HasSubstr("\xC3\xA4.png': there is no such file"));
+}
+
 }  // namespace
 }  // namespace mv::host::test

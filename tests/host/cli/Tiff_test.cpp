@@ -186,6 +186,11 @@ protected:
     TempFolder folder_;
 };
 
+class PackedGrayWithAlphaTest : public ::testing::TestWithParam<int> {
+protected:
+    TempFolder folder_;
+};
+
 TEST_P(PackedTiffTest, IsReadAsItIs) {
     TiffPicture tiff = TestPicture(GetParam().shape, 13, 17);
     tiff.compression = GetParam().compression;
@@ -216,6 +221,28 @@ INSTANTIATE_TEST_SUITE_P(Others, PackedTiffTest,
                          ::testing::Values(Packed{{3, 8, false}, 8}, Packed{{3, 16, false}, 8},
                                            Packed{{3, 8, false}, 32773},
                                            Packed{{4, 16, true}, 32773}));
+
+// The imaging component of Windows has no gray with alpha: it must be refused and not misread.
+TEST_P(PackedGrayWithAlphaTest, IsReadOrRefused) {
+    TiffPicture tiff = TestPicture({2, GetParam(), false}, 5, 3);
+    tiff.compression = 5;
+    tiff.blocks = {SimpleLzw(BlockOf(tiff, 0, 0, 5, 3, -1))};
+    WriteTiffFile(folder_ / "in.tif", tiff);
+#ifdef _WIN32
+    Picture picture;
+    const PictureResult failure = ReadPicture(folder_ / "in.tif", picture);
+    ASSERT_TRUE(failure.has_value());
+    EXPECT_EQ(failure->fault, PictureFault::Unsupported);
+    EXPECT_THAT(failure->text, HasSubstr("save it without compression"));
+#else
+    const Picture picture = MustRead(folder_ / "in.tif");
+    EXPECT_EQ(picture.colours, 1);
+    EXPECT_TRUE(picture.alpha);
+    ExpectTestPicture(picture, GetParam());
+#endif
+}
+
+INSTANTIATE_TEST_SUITE_P(Depths, PackedGrayWithAlphaTest, ::testing::Values(8, 16, 32));
 
 class TiffTest : public ::testing::Test {
 protected:
