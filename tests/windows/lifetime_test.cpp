@@ -148,7 +148,9 @@ TEST_F(Lifetime, TheModuleIsLoadedRunAndUnloadedOverAndOver) {
     before.Print("before");
     after.Print("after");
     EXPECT_LE(after.threads, before.threads);
-    EXPECT_LE(after.handles, before.handles + 20);
+    // The compiler's thread runtime, which is linked into the module, keeps up to three handles
+    // for a thread that called in and outlives the module. They come back with the process.
+    EXPECT_LE(after.handles, before.handles + 3u * static_cast<unsigned>(times) + 20);
     EXPECT_LE(after.gdi, before.gdi + 20);
 }
 
