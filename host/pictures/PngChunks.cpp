@@ -12,7 +12,6 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::size_t kSignatureSize = 8;
 constexpr std::size_t kHeaderEnd = 33;  // of the signature and the IHDR chunk
 constexpr std::size_t kSmallChunk = 64;
 constexpr std::string_view kOwnChunks[] = {"iCCP", "sRGB", "gAMA", "cHRM", "pHYs"};

@@ -21,7 +21,7 @@ public:
     Utf8Console& operator=(const Utf8Console&) = delete;
 
 private:
-    unsigned before_ = 0;
+    [[maybe_unused]] unsigned before_ = 0;  // only Windows has something to put back
 };
 
 }  // namespace mv::host

@@ -111,7 +111,8 @@ TEST_F(FrameTest, TheDataCellAndTheParametersHandleAreNotUsed) {
     for (const std::int16_t selector : kSelectors) {
         EXPECT_EQ(session.Host().Call(selector), hostapi::noErr) << selector;
         EXPECT_EQ(session.Host().Data(), 0x1122334455667788) << selector;
-        EXPECT_EQ(session.Host().Record().parameters, reinterpret_cast<hostapi::Handle>(0x10));
+        const hostapi::Handle parameters = session.Host().Record().parameters;
+        EXPECT_EQ(parameters, reinterpret_cast<hostapi::Handle>(0x10));
     }
     session.Host().CallAbout();
     EXPECT_EQ(session.Host().Data(), 0x1122334455667788);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <sstream>
@@ -141,10 +142,10 @@ JobSession::JobSession(const RenderJob& job, mv::host::HostOffer offer, mv::host
       output_(job.output.size()) {
     if (!job.mask.empty()) {
         mask_ = std::make_unique<GuardedBytes>(job.mask.size());
-        std::memcpy(mask_->Data(), job.mask.data(), job.mask.size());
+        std::copy(job.mask.begin(), job.mask.end(), mask_->Data());
     }
-    std::memcpy(input_.Data(), job.input.data(), job.input.size());
-    std::memcpy(output_.Data(), job.output.data(), job.output.size());
+    std::copy(job.input.begin(), job.input.end(), input_.Data());
+    std::copy(job.output.begin(), job.output.end(), output_.Data());
     session_.Hooks().afterAdvance = [this](hostapi::FilterRecord& record) { Deliver(record); };
 }
 
@@ -191,7 +192,7 @@ std::string JobSession::Reproach() const {
     if (!input_.FrontIntact() || !output_.FrontIntact() || (mask_ && !mask_->FrontIntact())) {
         text << "bytes in front of a buffer were written; ";
     }
-    if (std::memcmp(input_.Data(), job_.input.data(), job_.input.size()) != 0) {
+    if (!std::equal(job_.input.begin(), job_.input.end(), input_.Data())) {
         text << "the source was written to; ";
     }
     const auto& record = const_cast<mv::host::HostSession&>(session_).Record();
