@@ -122,8 +122,8 @@ hostapi::OSErr PixelServer::Deliver(Delivered& area, const Request& request, con
     }
     const auto planes = static_cast<std::size_t>(request.highPlane - request.lowPlane + 1);
     area.request = request;
-    area.usedRowBytes = static_cast<std::size_t>(request.rect.right - request.rect.left) * planes *
-                        from.SampleBytes();
+    const int columns = request.rect.right - request.rect.left;
+    area.usedRowBytes = static_cast<std::size_t>(columns) * planes * from.SampleBytes();
     area.rowBytes = area.usedRowBytes + static_cast<std::size_t>(request.rowPadding);
     const int rows = request.rect.bottom - request.rect.top;
     if (!area.block.Allocate(area.rowBytes * static_cast<std::size_t>(rows), offer_.placement)) {

@@ -44,8 +44,8 @@ void WriteBytes(png_structp png, png_bytep data, png_size_t size) {
 void FlushNothing(png_structp) {}
 
 void SetColor(const Writing& writing, const ColorDescription& color) {
-    const png_structp png = writing.png;
-    const png_infop info = writing.info;
+    png_struct* const png = writing.png;
+    png_info* const info = writing.info;
     if (color.fileGamma) {
         png_set_gAMA_fixed(png, info, *color.fileGamma);
     }

@@ -94,11 +94,13 @@ void PaintLeaf(Canvas& canvas, Random& random, double x, double y) {
     if (random.Next() > 0.12 + distance * 6.0) {
         return;
     }
+    // One draw to a statement: the order of draws inside of one is the compiler's choice.
     const double light = 0.06 + 1.3 * std::exp(-distance * 3.6) * random.Next();
     const Color color = Mix({0.05, 0.10, 0.015}, {0.42, 0.30, 0.03}, random.Next() * 0.8) * light;
     const double size = random.Between(2.0, 5.5);
-    canvas.Ellipse(x, y, size, size * random.Between(0.35, 0.6), random.Between(0.0, kPi), color,
-                   random.Between(0.8, 1.0));
+    const double slimness = random.Between(0.35, 0.6);
+    const double angle = random.Between(0.0, kPi);
+    canvas.Ellipse(x, y, size, size * slimness, angle, color, random.Between(0.8, 1.0));
 }
 
 void Grow(Canvas& canvas, Random& random, double x, double y, double angle, double length,
@@ -111,8 +113,8 @@ void Grow(Canvas& canvas, Random& random, double x, double y, double angle, doub
     if (depth <= 3) {
         const int leaves = depth == 0 ? 16 : 5;
         for (int i = 0; i < leaves; ++i) {
-            PaintLeaf(canvas, random, x1 + random.Between(-26.0, 26.0),
-                      y1 + random.Between(-22.0, 22.0));
+            const double leafX = x1 + random.Between(-26.0, 26.0);
+            PaintLeaf(canvas, random, leafX, y1 + random.Between(-22.0, 22.0));
         }
     }
     if (depth == 0) {
@@ -121,9 +123,11 @@ void Grow(Canvas& canvas, Random& random, double x, double y, double angle, doub
     const int children = random.Next() < 0.35 ? 3 : 2;
     for (int i = 0; i < children; ++i) {
         const double side = children == 2 ? i * 2.0 - 1.0 : i - 1.0;
-        Grow(canvas, random, x1, y1,
-             angle + side * random.Between(0.25, 0.62) + random.Between(-0.12, 0.12),
-             length * random.Between(0.68, 0.86), width * 0.68, depth - 1);
+        const double spread = random.Between(0.25, 0.62);
+        const double turn = random.Between(-0.12, 0.12);
+        const double shrink = random.Between(0.68, 0.86);
+        Grow(canvas, random, x1, y1, angle + side * spread + turn, length * shrink, width * 0.68,
+             depth - 1);
     }
 }
 
@@ -180,7 +184,9 @@ void PaintShore(Canvas& canvas) {
         const double u = random.Next();
         const double y = (Shore(u) + random.Between(0.02, 0.2)) * kHeight;
         const bool white = random.Next() < 0.5;
-        canvas.Ellipse(u * kWidth, y, random.Between(1.5, 3.8), random.Between(1.2, 2.6), 0.0,
+        const double longer = random.Between(1.5, 3.8);
+        const double shorter = random.Between(1.2, 2.6);
+        canvas.Ellipse(u * kWidth, y, longer, shorter, 0.0,
                        white ? Color{0.75, 0.68, 0.60} : Color{0.75, 0.16, 0.10}, 0.9);
     }
 }

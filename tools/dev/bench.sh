@@ -6,7 +6,7 @@ RunBench() {
     NeedPackages native
     Build native-release radial_blur benchmarks
     Say "Running the benchmarks"
-    "$(BuiltProgram build/native benchmarks)" "$@"
+    build/native/radial_blur_benchmarks "$@"
 }
 
 # Each fuzz target runs for so many seconds on a corpus that stays in the build folder.

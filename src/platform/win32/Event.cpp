@@ -38,7 +38,9 @@ Event::~Event() {
     }
 }
 
-bool Event::IsUsable() const noexcept { return handle_ != nullptr; }
+bool Event::IsUsable() const noexcept {
+    return handle_ != nullptr;
+}
 
 bool Event::Set() noexcept {
     return !RefuseSignal() && ::SetEvent(handle_) != 0;

@@ -59,10 +59,12 @@ double Level(int x, int y, int channel, int bits) {
 }
 
 void AppendSample(Bytes& bytes, const TiffPicture& tiff, double level) {
-    Bytes sample = {static_cast<std::uint8_t>(level)};
-    if (tiff.bits == 16) {
+    Bytes sample;
+    if (tiff.bits == 8) {
+        sample = {static_cast<std::uint8_t>(level)};
+    } else if (tiff.bits == 16) {
         sample = Short(tiff, static_cast<std::uint16_t>(level));
-    } else if (tiff.bits == 32) {
+    } else {
         const auto value = static_cast<float>(level);
         std::uint32_t pattern;
         std::memcpy(&pattern, &value, sizeof pattern);

@@ -2,6 +2,9 @@
 
 #include <string>
 
+#include "support/ScopedEnvironment.h"
+#include "support/TraceFile.h"
+
 #ifdef _WIN32
 #include <windows.h>
 #else
@@ -55,23 +58,28 @@ bool LoadRunUnload(const std::string& path, int threads, int iterations) {
 }
 #endif
 
+// Each load of the module is a first start of its log, which is not to open a window here.
+class ThreadPoolUnload : public testing::Test {
+    const mv::test::ScopedEnvironment home_{"HOME", (mv::test::TestFolder() / "unused").string()};
+};
+
 // The threads live between jobs, do not keep the module in memory, and run none of its code once
 // it is gone.
-TEST(ThreadPoolUnload, ModuleCanBeLoadedUsedAndUnloadedAgainAndAgain) {
+TEST_F(ThreadPoolUnload, ModuleCanBeLoadedUsedAndUnloadedAgainAndAgain) {
     const std::string path = ModulePath();
     for (int i = 0; i < 100; ++i) {
         ASSERT_TRUE(LoadRunUnload(path, 8, 20)) << path << " round " << i;
     }
 }
 
-TEST(ThreadPoolUnload, ThreadsThatNeverWorkedDoNotHoldTheUnloadUp) {
+TEST_F(ThreadPoolUnload, ThreadsThatNeverWorkedDoNotHoldTheUnloadUp) {
     const std::string path = ModulePath();
     for (int i = 0; i < 50; ++i) {
         ASSERT_TRUE(LoadRunUnload(path, 8, 1)) << path << " round " << i;
     }
 }
 
-TEST(ThreadPoolUnload, AFullPoolEndsWithItsModule) {
+TEST_F(ThreadPoolUnload, AFullPoolEndsWithItsModule) {
     ASSERT_TRUE(LoadRunUnload(ModulePath(), 64, 200));
 }
 
