@@ -120,7 +120,8 @@ hostapi::OSErr PixelServer::Deliver(Delivered& area, const Request& request, con
     if (!padded && Overhangs(request.rect, from.width / request.rate, from.height / request.rate)) {
         return hostapi::paramErr;
     }
-    const auto planes = static_cast<std::size_t>(request.highPlane - request.lowPlane + 1);
+    const int planeCount = request.highPlane - request.lowPlane + 1;
+    const auto planes = static_cast<std::size_t>(planeCount);
     area.request = request;
     const int columns = request.rect.right - request.rect.left;
     area.usedRowBytes = static_cast<std::size_t>(columns) * planes * from.SampleBytes();

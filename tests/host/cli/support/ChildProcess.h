@@ -24,8 +24,8 @@ struct RunOptions {
     std::uint64_t largestFile = 0;      // limit on file sizes, 0 for none (not on Windows)
     bool terminal = false;              // stderr is a terminal (not on Windows)
     bool closedOutput = false;          // stdout is a full disk (not on Windows)
-    // Called again and again while the program runs; gives the number of a signal to send, or 0
-    // (not on Windows).
+    // Called again and again while the program runs; gives the number of a signal to send, or 0.
+    // On Windows any number stands for Ctrl-Break.
     std::function<int()> signal = {};
 };
 

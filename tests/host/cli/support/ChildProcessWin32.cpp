@@ -58,6 +58,23 @@ bool IsReadable(const void* address) {
            (page.Protect & (PAGE_NOACCESS | PAGE_GUARD)) == 0;
 }
 
+// Asks the child to stop as Ctrl-Break does; a console is needed for that, and one is made where
+// the tests have none.
+void SendBreak(DWORD processGroup) {
+    if (GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, processGroup) == 0) {
+        throw std::runtime_error("no control event");
+    }
+}
+
+void WatchSignal(const PROCESS_INFORMATION& process, const RunOptions& options) {
+    constexpr DWORD kStep = 10;  // ms
+    while (WaitForSingleObject(process.hProcess, kStep) == WAIT_TIMEOUT) {
+        if (options.signal && options.signal() != 0) {
+            SendBreak(process.dwProcessId);
+        }
+    }
+}
+
 ProgramRun RunChild(const std::vector<std::string>& words, const RunOptions& options) {
     std::wstring line;
     for (const std::string& word : words) {
@@ -72,7 +89,11 @@ ProgramRun RunChild(const std::vector<std::string>& words, const RunOptions& opt
     startup.hStdError = err.writeEnd;
     PROCESS_INFORMATION process{};
     const std::wstring folder = options.folder.wstring();
-    if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+    if (options.signal) {
+        AllocConsole();
+    }
+    const DWORD flags = options.signal ? CREATE_NEW_PROCESS_GROUP : 0;
+    if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, flags, nullptr,
                        folder.empty() ? nullptr : folder.c_str(), &startup, &process) == 0) {
         throw std::runtime_error("no process");
     }
@@ -80,9 +101,10 @@ ProgramRun RunChild(const std::vector<std::string>& words, const RunOptions& opt
     CloseHandle(err.writeEnd);
     ProgramRun run;
     std::thread errors([&] { Drain(err.readEnd, run.err); });
-    Drain(out.readEnd, run.out);
+    std::thread output([&] { Drain(out.readEnd, run.out); });
+    WatchSignal(process, options);
     errors.join();
-    WaitForSingleObject(process.hProcess, INFINITE);
+    output.join();
     DWORD code = 0;
     GetExitCodeProcess(process.hProcess, &code);
     run.code = static_cast<int>(code);
