@@ -1,4 +1,4 @@
-// Ctrl-Break on a Windows console, which goes the same way as Ctrl-C.
+// Ctrl-C on Windows.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 
+#include "diagnostics/Log.h"
 #include "parameters/pfParameterBool.h"
 #include "parameters/pfParameterFloat.h"
 #include "parameters/pfParameterInt.h"
@@ -194,6 +195,8 @@ TEST_F(pfParametersTest, GenerateMakesDefaultsOfTheSameClassesInTheSameOrder) {
 }
 
 TEST_F(pfParametersTest, DeleteAllGivesEverythingBack) {
+    // The log takes what it keeps with its first line.
+    WriteLog(kTrace, "before counting");
     const long before = LiveAllocations();
     pfParameters* const made = set.Generate();
     ASSERT_NE(made, nullptr);
@@ -205,6 +208,7 @@ TEST_F(pfParametersTest, DeleteAllGivesEverythingBack) {
 TEST_F(pfParametersTest, GenerateStopsAtTheFirstFailedAllocationAndLeavesWhatItBuilt) {
     // Meant as it is: what was built by then is not given back.
     const MeantLeak leak;
+    WriteLog(kTrace, "before counting");
     long failures = 0;
     long mostLeft = 0;
     for (long n = 1;; ++n) {

@@ -16,6 +16,7 @@
 #include <iterator>
 #include <string>
 
+#include "diagnostics/Log.h"
 #include "parameters/pfParameterFloat.h"
 #include "parameters/pfParameterPosition.h"
 #include "parameters/pfParameters.h"
@@ -163,6 +164,8 @@ TEST_F(FileReplacePosix, ALinkToNothingMakesWhatItNames) {
 TEST_F(FileReplacePosix, AFileThatMayNotBeWrittenStays) {
     Write(kOnePreset, 0444);
     const TraceFile trace;
+    // The log opens its file while it still may.
+    WriteLog(kTrace, "before the rights change");
     const Unprivileged user;
     EXPECT_EQ(ReplaceWholeFile(path.string(), "tmp", "new"), FileReplacement::TargetNotWritable);
     // Meant as it is: the saves say that they did, and the deletion tells the log alone.

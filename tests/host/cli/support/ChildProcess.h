@@ -25,7 +25,7 @@ struct RunOptions {
     bool terminal = false;              // stderr is a terminal (not on Windows)
     bool closedOutput = false;          // stdout is a full disk (not on Windows)
     // Called again and again while the program runs; gives the number of a signal to send, or 0.
-    // On Windows any number stands for Ctrl-Break.
+    // On Windows any number stands for Ctrl-C.
     std::function<int()> signal = {};
 };
 

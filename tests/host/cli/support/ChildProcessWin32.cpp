@@ -58,11 +58,16 @@ bool IsReadable(const void* address) {
            (page.Protect & (PAGE_NOACCESS | PAGE_GUARD)) == 0;
 }
 
-// Asks the child to stop as Ctrl-Break does; a console is needed for that, and one is made where
-// the tests have none.
-void SendBreak(DWORD processGroup) {
-    if (GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, processGroup) == 0) {
-        throw std::runtime_error("no control event");
+// Does in the child what the console does on Ctrl-C, as tests have no console to type into: it runs
+// the system's own routine there, which stands at the same address in every process.
+void SendControlC(HANDLE process) {
+    void* const routine =
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernelbase.dll"), "CtrlRoutine"));
+    const HANDLE thread =
+        CreateRemoteThread(process, nullptr, 0, reinterpret_cast<LPTHREAD_START_ROUTINE>(routine),
+                           reinterpret_cast<void*>(std::uintptr_t{CTRL_C_EVENT}), 0, nullptr);
+    if (thread != nullptr) {
+        CloseHandle(thread);
     }
 }
 
@@ -70,7 +75,7 @@ void WatchSignal(const PROCESS_INFORMATION& process, const RunOptions& options) 
     constexpr DWORD kStep = 10;  // ms
     while (WaitForSingleObject(process.hProcess, kStep) == WAIT_TIMEOUT) {
         if (options.signal && options.signal() != 0) {
-            SendBreak(process.dwProcessId);
+            SendControlC(process.hProcess);
         }
     }
 }
@@ -89,11 +94,7 @@ ProgramRun RunChild(const std::vector<std::string>& words, const RunOptions& opt
     startup.hStdError = err.writeEnd;
     PROCESS_INFORMATION process{};
     const std::wstring folder = options.folder.wstring();
-    if (options.signal) {
-        AllocConsole();
-    }
-    const DWORD flags = options.signal ? CREATE_NEW_PROCESS_GROUP : 0;
-    if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, flags, nullptr,
+    if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
                        folder.empty() ? nullptr : folder.c_str(), &startup, &process) == 0) {
         throw std::runtime_error("no process");
     }
