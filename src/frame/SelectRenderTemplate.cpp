@@ -125,6 +125,7 @@ private:
 std::int32_t pfFilterRadialBlur::SelectRenderTemplate(hostapi::FilterRecord* record) {
     WriteLog(kTrace, "SelectRenderTemplate()");
     const LogScope scope;
+    BeginRender();
     Shape shape = CountPlanes(*record);
     if (!CutToMode(record->imageMode, shape)) {
         return StatusOk();

@@ -127,13 +127,12 @@ std::int32_t pfFilter::RunFilter(hostapi::FilterRecord* record) {
 
 std::int32_t pfFilter::RenderWholeImage(hostapi::FilterRecord* record) {
     SetPreviewScale(0);
-    isAborted_ = false;
     std::int32_t status = static_cast<std::int16_t>(SelectRenderTemplate(record));
-    if (status == StatusOk() && isAborted_) {
-        status = hostapi::userCanceledErr;
+    if (status == StatusOk()) {
+        status = interruption_;
     }
     // Leaves the host's progress bar at its start.
-    isAborted_ = false;
+    BeginRender();
     ReportProgress(0, 1, 0);
     return status;
 }

@@ -29,22 +29,27 @@ pfFilter::pfFilter(std::string name, std::string maker, std::uint32_t versionMaj
 
 pfFilter::~pfFilter() = default;
 
+// A host may say "abort" once only, and to a worker whose status goes no further: what was said
+// stands until the next render.
 std::int32_t pfFilter::ReportProgress(std::int32_t done, std::int32_t total, std::int32_t quiet) {
     const std::lock_guard guard(progressLock_);
-    if (previewClock != 0) {
-        return ReportToPreview();
+    const std::int32_t status =
+        previewClock != 0 ? ReportToPreview() : ReportToHost(done, total, quiet);
+    if (interruption_ == StatusOk()) {
+        interruption_ = status;
     }
+    return interruption_;
+}
+
+std::int32_t pfFilter::ReportToHost(std::int32_t done, std::int32_t total, std::int32_t quiet) {
     if (quiet != 0 || filterRecord_ == nullptr) {
         return StatusOk();
     }
     if (filterRecord_->progressProc != nullptr) {
         filterRecord_->progressProc(done, total);
     }
-    // A host may say it once only, and to a worker whose status goes no further.
-    if (filterRecord_->abortProc != nullptr && filterRecord_->abortProc() != 0) {
-        isAborted_ = true;
-    }
-    return isAborted_ ? kStatusUserCancel : StatusOk();
+    const bool isAborted = filterRecord_->abortProc != nullptr && filterRecord_->abortProc() != 0;
+    return isAborted ? kStatusUserCancel : StatusOk();
 }
 
 std::int32_t pfFilter::ReportToPreview() {
@@ -56,6 +61,12 @@ std::int32_t pfFilter::ReportToPreview() {
         return kStatusUserCancel;
     }
     return StatusOk();
+}
+
+std::int32_t pfFilter::Iterate(std::int32_t iterations, IterateFunction function) {
+    const std::int32_t status = MorvenhaleHost::Iterate(iterations, std::move(function));
+    const std::lock_guard guard(progressLock_);
+    return status == StatusOk() ? interruption_ : status;
 }
 
 // It is meant that the Handle suite's pointer decides and the Buffer suite's routine serves: the

@@ -30,6 +30,8 @@ public:
     std::int32_t ReportProgress(std::int32_t done, std::int32_t total, std::int32_t quiet) override;
     void* AllocateMemory(std::uint32_t size) override;
     void FreeMemory(void* block) override;
+    // An interruption ends every job's caller, whichever thread it reached first.
+    std::int32_t Iterate(std::int32_t iterations, IterateFunction function) override;
     void GetRange(double* start, double* end) override;
 
     virtual xParameterList CreateParameterList() { return {}; }
@@ -64,6 +66,10 @@ public:
     pfPreview& GetPreview() { return *dialog_; }
     std::list<pfParameterUI*>& GetControls() { return controls_; }
 
+protected:
+    // Forgets what interrupted an earlier render.
+    void BeginRender() { interruption_ = hostapi::noErr; }
+
 private:
     std::int32_t RunSelector(std::int16_t selector, void* parameterBlock);
     std::int32_t DoAboutSelector(const void* aboutRecord);
@@ -73,6 +79,7 @@ private:
     std::int32_t DoFinishSelector(hostapi::FilterRecord* record);
     std::int32_t RunFilter(hostapi::FilterRecord* record);
     std::int32_t RenderWholeImage(hostapi::FilterRecord* record);
+    std::int32_t ReportToHost(std::int32_t done, std::int32_t total, std::int32_t quiet);
     std::int32_t ReportToPreview();
     void AcquireSuites();
     static void ReleaseSuites();
@@ -84,8 +91,8 @@ private:
     const hostapi::PSBufferSuite1* bufferSuite_ = nullptr;
     const hostapi::PSHandleSuite2* handleSuite_ = nullptr;
     std::int32_t previewScale_ = 0;
-    // The host has asked for an abort during this render.
-    bool isAborted_ = false;
+    // What ended the render in hand before its time, or success.
+    std::int32_t interruption_ = hostapi::noErr;
     hostapi::FilterRecord* filterRecord_ = nullptr;
     RecursiveLock progressLock_;
 };

@@ -3,12 +3,15 @@
 
 totalPassed=0
 totalFailed=0
+lastCount=$SECONDS
 testLogs=build/test-logs
 
+# Count <passed> <failed> <name>, with the time that it took since the count before.
 Count() {
     totalPassed=$((totalPassed + $1))
     totalFailed=$((totalFailed + $2))
-    Say "$3: $1 passed, $2 failed"
+    Say "$3: $1 passed, $2 failed ($((SECONDS - lastCount)) s)"
+    lastCount=$SECONDS
 }
 
 # Step <name> <command...>: a check that passes or fails as a whole, such as a build.
@@ -98,8 +101,11 @@ CountGoogleTest() {
         Say "$name ended with status $status; the end of $log:"
         tail -n 30 "$log"
     elif [[ "$failed" -gt 0 ]]; then
-        grep -E -B 30 '^\[  FAILED  \].* \([0-9]+ ms\)' "$log" | tail -n 200 || true
-        grep -E '^\[  FAILED  \]' "$log" || true
+        # What each failed test said, 40 lines at most.
+        tr -d '\r' <"$log" | awk '
+            /^\[ RUN / { text = ""; lines = 0 }
+            ++lines <= 40 { text = text $0 "\n" }
+            /^\[  FAILED  \].*ms\)$/ { printf "%s", text; if (lines > 40) print $0 }'
     fi
     # What a test has to say about the two systems' results is worth a line here.
     tr -d '\r' <"$log" | grep -E '^[0-9]+ of [0-9]+ .* differ$' | sed 's/^/    /' || true
