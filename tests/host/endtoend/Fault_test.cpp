@@ -167,6 +167,22 @@ TEST(Cancel, AgainAndAgainInTheLastStage) {
     }
 }
 
+// A host may forget its user's answer: once said, it holds for this render and for no other.
+TEST(Cancel, SaidOnceOnlyAtEveryQuestion) {
+    const RenderJob job = FaultJob(2, 1, false);
+    JobSession clean(job);
+    ASSERT_EQ(clean.Start(), hostapi::noErr);
+    const int calls = clean.Host().Counts().progressCalls;
+    for (int n = 1; n < calls; ++n) {
+        JobSession session(job);
+        int asked = 0;
+        session.Host().Hooks().abortAsked = [&asked, n] { return ++asked == n; };
+        EXPECT_EQ(session.Start(), hostapi::userCanceledErr) << n << " of " << calls;
+        EXPECT_EQ(session.Reproach(), "");
+    }
+    ExpectSameBytes(job);
+}
+
 TEST(Cancel, TheUsersAnswerAtTheVeryFirstQuestion) {
     const RenderJob job = FaultJob(8, 2, true);
     HostFaults faults;
