@@ -93,7 +93,7 @@ RunUnderWine() {
 # Reads the closing lines of a GoogleTest program; an unclean end without a failed test counts as
 # one failure, and so does a program that ran no test.
 CountGoogleTest() {
-    local log="$1" status="$2" name="$3" passed failed
+    local log="$1" status="$2" name="$3" passed failed skipped
     passed="$(GoogleTestFigure PASSED "$log")"
     failed="$(GoogleTestFigure FAILED "$log")"
     if [[ "$failed" -eq 0 && ("$status" -ne 0 || "$passed" -eq 0) ]]; then
@@ -107,14 +107,16 @@ CountGoogleTest() {
             ++lines <= 40 { text = text $0 "\n" }
             /^\[  FAILED  \].*ms\)$/ { printf "%s", text; if (lines > 40) print $0 }'
     fi
+    skipped="$(GoogleTestFigure SKIPPED "$log")"
+    [[ "$skipped" -eq 0 ]] || Say "$name: $skipped skipped, counted neither way; see $log"
     # What a test has to say about the two systems' results is worth a line here.
-    tr -d '\r' <"$log" | grep -E '^[0-9]+ of [0-9]+ .* differ$' | sed 's/^/    /' || true
+    tr -d '\r' <"$log" | grep -E '^[0-9]+ of [0-9]+ .* samples differ' | sed 's/^/    /' || true
     Count "$passed" "$failed" "$name"
 }
 
 GoogleTestFigure() {
     local figure
-    figure="$(tr -d '\r' <"$2" | sed -n "s/^\[  $1  \] \([0-9]*\) tests\{0,1\}[.,].*/\1/p" | tail -n 1)"
+    figure="$(tr -d '\r' <"$2" | sed -n "s/^\[  $1 *\] \([0-9]*\) tests\{0,1\}[.,].*/\1/p" | tail -n 1)"
     echo "${figure:-0}"
 }
 

@@ -13,8 +13,7 @@ void PreferLargePages(void* block, std::size_t bytes) noexcept {
     const std::uintptr_t begin = (first + kLargePage - 1) & ~(kLargePage - 1);
     const std::uintptr_t end = (first + bytes) & ~(kLargePage - 1);
     if (begin < end) {
-        static_cast<void>(
-            madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE));
+        static_cast<void>(madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE));
     }
 #else
     static_cast<void>(block);
