@@ -1,9 +1,16 @@
-// Whole renders by size, depth, shape, mode, blur length and the settings that change the path.
+// Whole renders by size, depth, shape, mode, blur length, threads and the settings that change the
+// path, with the share of each stage and the time that memory traffic alone would take.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <cstdio>
+#include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
+#include "Machine.h"
+#include "MarkdownTable.h"
 #include "TimedRender.h"
 
 namespace {
@@ -29,84 +36,135 @@ RenderCase Megapixels(int megapixels) {
     return wanted;
 }
 
-std::vector<NamedCase> Cases() {
-    std::vector<NamedCase> cases;
-    const auto add = [&cases](const std::string& name, RenderCase wanted, auto change) {
-        change(wanted);
-        cases.push_back({name, wanted});
-    };
+std::string Short(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", value);
+    return text;
+}
+
+void AddSizes(std::vector<NamedCase>& cases) {
     for (const int size : {2, 12, 24, 100}) {
         for (const double strength : {0.05, 0.25, 1.0}) {
-            add(std::to_string(size) + "MP/strength:" + std::to_string(strength).substr(0, 4),
-                Megapixels(size), [&](RenderCase& wanted) { wanted.strength = strength; });
+            NamedCase added{std::to_string(size) + " MP, length " + Short(strength),
+                            Megapixels(size)};
+            added.render.strength = strength;
+            cases.push_back(added);
         }
     }
-    const RenderCase base = Megapixels(12);
-    add("12MP/abberative", base, [](RenderCase& wanted) { wanted.mode = 2; });
-    add("12MP/gray", base, [](RenderCase& wanted) { wanted.colors = 1; });
-    add("12MP/alpha", base, [](RenderCase& wanted) { wanted.alpha = true; });
-    add("12MP/abberative_alpha", base, [](RenderCase& wanted) {
-        wanted.mode = 2;
-        wanted.alpha = true;
-    });
-    add("12MP/16bit", base, [](RenderCase& wanted) { wanted.depth = 16; });
-    add("12MP/16bit_alpha", base, [](RenderCase& wanted) {
-        wanted.depth = 16;
-        wanted.alpha = true;
-    });
-    add("12MP/float", base, [](RenderCase& wanted) { wanted.depth = 32; });
-    add("12MP/mask", base, [](RenderCase& wanted) { wanted.mask = true; });
-    add("12MP/soft_selection", base, [](RenderCase& wanted) { wanted.soften = 1.0; });
-    add("12MP/holdout", base, [](RenderCase& wanted) { wanted.holdout = 0.3; });
-    add("12MP/start:-0.5", base, [](RenderCase& wanted) { wanted.zoomStart = -0.5; });
-    add("12MP/origin_in_corner", base, [](RenderCase& wanted) {
-        wanted.originX = 0.0;
-        wanted.originY = 0.0;
-    });
-    add("12MP/origin_outside", base, [](RenderCase& wanted) {
+    for (const int threads : {1, 2, 4, 8}) {
+        NamedCase added{"24 MP, threads " + std::to_string(threads), Megapixels(24)};
+        added.render.threads = threads;
+        cases.push_back(added);
+    }
+}
+
+void AddShapes(std::vector<NamedCase>& cases) {
+    using Shape = std::tuple<const char*, int, bool>;
+    for (const int depth : {8, 16, 32}) {
+        for (const auto& [name, colors, alpha] :
+             {Shape{"gray", 1, false}, Shape{"RGB", 3, false}, Shape{"RGBA", 3, true}}) {
+            for (const int mode : {1, 2}) {
+                NamedCase added{"12 MP, " + std::to_string(depth) + " bit " + name +
+                                    (mode == 1 ? ", normal" : ", abberative"),
+                                Megapixels(12)};
+                added.render.depth = depth;
+                added.render.colors = colors;
+                added.render.alpha = alpha;
+                added.render.mode = mode;
+                cases.push_back(added);
+            }
+        }
+    }
+}
+
+void AddSettings(std::vector<NamedCase>& cases) {
+    const auto add = [&cases](const std::string& name, auto change) {
+        for (const int mode : {1, 2}) {
+            NamedCase added{"12 MP, " + name + (mode == 1 ? "" : ", abberative"), Megapixels(12)};
+            added.render.mode = mode;
+            change(added.render);
+            cases.push_back(added);
+        }
+    };
+    add("mask", [](RenderCase& wanted) { wanted.mask = true; });
+    add("soft selection", [](RenderCase& wanted) { wanted.soften = 1.0; });
+    add("holdout 0.3", [](RenderCase& wanted) { wanted.holdout = 0.3; });
+    add("start -0.5", [](RenderCase& wanted) { wanted.zoomStart = -0.5; });
+    add("origin in a corner", [](RenderCase& wanted) { wanted.originX = wanted.originY = 0.0; });
+    add("origin outside", [](RenderCase& wanted) {
         wanted.originX = -0.5;
         wanted.originY = 1.4;
     });
-    return cases;
 }
 
-void Run(benchmark::State& state, const RenderCase& wanted) {
-    const mv::host::HostDocument document = mv::benchmarks::MakePicture(wanted);
+// Least traffic in bytes per pixel: each stage reads and writes each of its images once.
+double TrafficOf(const RenderCase& wanted) {
+    const double channels = wanted.colors + (wanted.alpha ? 1 : 0);
+    const double host = channels * wanted.depth / 8.0 + (wanted.mask ? 1.0 : 0.0);
+    const double working = 4.0 * channels;
+    const double sums = working + 4.0;
+    const double select = host + working;
+    const double move = 2.0 * working;
+    const double blur = sums + working + 2.0 * sums + sums + working;
+    const double compose = working + 2.0 * host;
+    return select + move + blur + compose;
+}
+
+void Run(benchmark::State& state, const RenderCase& wanted, double bandwidth) {
+    mv::host::HostDocument document = mv::benchmarks::MakePicture(wanted);
     RenderTimes last;
-    double longest = 0.0;
     for (auto unused : state) {
         static_cast<void>(unused);
         last = mv::benchmarks::Render(mv::benchmarks::LoadModule(), wanted, document);
         state.SetIterationTime(last.seconds);
-        longest = std::max(longest, last.longestInterval);
     }
     const double pixels = static_cast<double>(wanted.width) * wanted.height;
-    state.counters["ns_per_pixel"] = last.seconds * 1e9 / pixels;
-    state.counters["select"] = last.stages[0] + last.stages[1] + last.stages[2];
-    state.counters["move"] = last.stages[3];
-    state.counters["blur"] = last.stages[4];
-    state.counters["compose"] = last.stages[5];
-    state.counters["progress_ms"] = longest * 1e3;
-    state.counters["buffers_MiB"] = static_cast<double>(last.suiteBytes) / 1048576.0;
+    state.counters["ns"] = last.seconds * 1e9 / pixels;
+    for (std::size_t stage = 0; stage < mv::benchmarks::kStages; ++stage) {
+        state.counters["stage" + std::to_string(stage)] = 100.0 * last.stages[stage] / last.seconds;
+    }
+    state.counters["roofline"] = 1e3 * TrafficOf(wanted) * pixels / bandwidth;
+    state.counters["progress"] = last.longestInterval * 1e3;
+    state.counters["suite"] = static_cast<double>(last.suiteBytes) / 1048576.0;
+    state.counters["resident"] = static_cast<double>(last.residentBytes) / 1048576.0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    for (const NamedCase& entry : Cases()) {
-        benchmark::RegisterBenchmark(
-            entry.name.c_str(),
-            [render = entry.render](benchmark::State& state) { Run(state, render); })
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
+    }
+    const double bandwidth = mv::benchmarks::MeasureBandwidth();
+    std::printf("%d processors, %.1f GB/s of memory bandwidth; medians of five renders\n\n",
+                mv::benchmarks::RealProcessors(), bandwidth * 1e-9);
+    std::vector<NamedCase> cases;
+    AddSizes(cases);
+    AddShapes(cases);
+    AddSettings(cases);
+    for (const NamedCase& entry : cases) {
+        benchmark::RegisterBenchmark(entry.name.c_str(),
+                                     [render = entry.render, bandwidth](benchmark::State& state) {
+                                         Run(state, render, bandwidth);
+                                     })
             ->UseManualTime()
             ->Unit(benchmark::kMillisecond)
             ->Iterations(1)
             ->Repetitions(5)
             ->ReportAggregatesOnly(true);
     }
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    benchmark::RunSpecifiedBenchmarks();
+    mv::benchmarks::MarkdownTable table({{"ns/pixel", "ns", 1},
+                                         {"select %", "stage0", 0},
+                                         {"move %", "stage1", 0},
+                                         {"clear %", "stage2", 0},
+                                         {"rays %", "stage3", 0},
+                                         {"normalize %", "stage4", 0},
+                                         {"compose %", "stage5", 0},
+                                         {"traffic ms", "roofline", 0},
+                                         {"longest progress ms", "progress", 1},
+                                         {"buffers MiB", "suite", 0},
+                                         {"process MiB", "resident", 0}});
+    benchmark::RunSpecifiedBenchmarks(&table);
     return 0;
 }

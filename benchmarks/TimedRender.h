@@ -22,17 +22,19 @@ struct RenderCase {
     double holdout = 0.0;
     double zoomStart = 0.5;
     double soften = 0.0;
+    int threads = 0;  // 0: as many as there are processors
 };
 
-constexpr int kStages = 6;
+// Selection with mask and linear light, move, clearing of the sums, rays, normalization,
+// composition.
+enum Stage { kSelect, kMove, kClear, kRays, kNormalize, kCompose, kStages };
 
 struct RenderTimes {
-    double seconds = 0.0;  // inside the start selector
-    // Selection, mask, linear light, move, blur, composition: from a stage's first report of
-    // progress to the next stage's.
-    std::array<double, kStages> stages{};
-    double longestInterval = 0.0;  // between two reports of progress
-    std::uint64_t suiteBytes = 0;  // most that the module held of the host's buffers
+    double seconds = 0.0;                  // inside the start selector
+    std::array<double, kStages> stages{};  // seconds, from progress report to progress report
+    double longestInterval = 0.0;          // seconds between two reports of progress
+    std::uint64_t suiteBytes = 0;          // most that the module held of the host's buffers
+    std::uint64_t residentBytes = 0;       // most that the process held, pictures included
 };
 
 // The module that lies beside the benchmark program.
@@ -41,7 +43,8 @@ hostapi::EntryPoint LoadModule();
 // The picture of a case: noise over a gradient, the same in every run.
 host::HostDocument MakePicture(const RenderCase& wanted);
 
+// The document comes back as it was. The picture that the module made goes to result.
 RenderTimes Render(hostapi::EntryPoint entryPoint, const RenderCase& wanted,
-                   const host::HostDocument& document);
+                   host::HostDocument& document, host::HostImage* result = nullptr);
 
 }  // namespace mv::benchmarks

@@ -23,7 +23,7 @@ hostapi::Ptr BufferStore::New(std::uint32_t* requestedSize, std::uint32_t minimu
             return nullptr;
         }
         HostBlock block;
-        if (!block.Allocate(size, offer_.placement)) {
+        if (!block.Allocate(size, offer_.placement, offer_.freshBytes)) {
             return nullptr;
         }
         const auto address = reinterpret_cast<hostapi::Ptr>(block.Data());

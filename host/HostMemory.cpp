@@ -39,7 +39,7 @@ HostBlock::~HostBlock() {
     Free();
 }
 
-bool HostBlock::Allocate(std::size_t size, Placement placement) noexcept {
+bool HostBlock::Allocate(std::size_t size, Placement placement, FreshBytes fresh) noexcept {
     Free();
     const std::size_t rounded = (size + kAlignment - 1) / kAlignment * kAlignment;
     if (rounded < size || rounded > SIZE_MAX / 2) {
@@ -68,7 +68,9 @@ bool HostBlock::Allocate(std::size_t size, Placement placement) noexcept {
     size_ = size;
     placement_ = placement;
     std::fill(whole_, data_, kMarginByte);
-    std::fill(data_, data_ + size_, kFreshByte);
+    if (fresh == FreshBytes::Pattern) {
+        std::fill(data_, data_ + size_, kFreshByte);
+    }
     std::fill(data_ + size_, whole_ + wholeSize_, kMarginByte);
     return true;
 }

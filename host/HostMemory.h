@@ -11,6 +11,10 @@ enum class Placement {
     GuardPage,  // ends (within its alignment) at a page that faults when touched
 };
 
+// What fresh memory holds: a pattern, so that a module that reads what it never wrote does not
+// find convenient zeros, or whatever the system gives, at no cost.
+enum class FreshBytes { Pattern, Unset };
+
 // One block of memory given to a module. It belongs to whoever holds the object; it has no lock.
 // The bytes around the block carry a pattern: MarginsIntact() tells whether they were written to.
 class HostBlock {
@@ -22,9 +26,9 @@ public:
     HostBlock& operator=(HostBlock&& other) noexcept;
     ~HostBlock();
 
-    // False when there is no memory; the block is empty then. The contents are filled with a
-    // pattern, so that a module that reads what it never wrote does not find convenient zeros.
-    bool Allocate(std::size_t size, Placement placement) noexcept;
+    // False when there is no memory; the block is empty then.
+    bool Allocate(std::size_t size, Placement placement,
+                  FreshBytes fresh = FreshBytes::Pattern) noexcept;
     void Free() noexcept;
 
     std::uint8_t* Data() const { return data_; }

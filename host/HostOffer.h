@@ -31,6 +31,7 @@ struct HostOffer {
     bool bufferSuite = true;
     bool handleSuite = true;             // version 2
     bool refusedSuiteIsCleared = false;  // else the cell of a refused suite stays untouched
+    bool timingSuite = false;            // the one of the command line
     bool handleProcs = true;
     std::int16_t handleProcsCount = 8;
     bool descriptorParameters = true;
@@ -43,6 +44,10 @@ struct HostOffer {
     std::uint8_t samplingSupport = 1;
 
     Placement placement = Placement::Heap;  // of pixel buffers and of the Buffer suite's blocks
+    FreshBytes freshBytes = FreshBytes::Pattern;
+    // Input that is asked for whole is the picture itself, and the destination is made when output
+    // is stored: two pictures less in memory.
+    bool sparesCopies = false;
     OutputContents outputContents = OutputContents::CopyOfImage;
     bool refillsAlways = true;  // each advanceState gives new buffers; else only on a new request
     // Bytes behind each delivered row. They hold a pattern and must keep it.

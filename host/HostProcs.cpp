@@ -211,6 +211,21 @@ bool IsHandleSuite(const char* name, std::int32_t version) {
            version == hostapi::kPSHandleSuiteVersion2;
 }
 
+bool IsTimingSuite(const char* name, std::int32_t version) {
+    return std::strcmp(name, hostapi::kTimingSuite) == 0 &&
+           version == hostapi::kTimingSuiteVersion1;
+}
+
+void TakeTimingReport(const char* text) {
+    InSession<int>(0, [text](SessionState& state) {
+        CheckHeld(state, state.timingSuiteHeld);
+        if (state.hooks.timing && text != nullptr) {
+            state.hooks.timing(text);
+        }
+        return 0;
+    });
+}
+
 std::int32_t AcquireSuite(const char* name, std::int32_t version, const void** suite) {
     return InSession<std::int32_t>(hostapi::kSPBadParameterError, [=](SessionState& state) {
         if (name == nullptr || suite == nullptr) {
@@ -222,6 +237,9 @@ std::int32_t AcquireSuite(const char* name, std::int32_t version, const void** s
         } else if (state.offer.handleSuite && IsHandleSuite(name, version)) {
             ++state.handleSuiteHeld;
             *suite = &state.handleSuite;
+        } else if (state.offer.timingSuite && IsTimingSuite(name, version)) {
+            ++state.timingSuiteHeld;
+            *suite = &state.timingSuite;
         } else {
             if (state.offer.refusedSuiteIsCleared) {
                 *suite = nullptr;
@@ -244,6 +262,8 @@ std::int32_t ReleaseSuite(const char* name, std::int32_t version) {
             held = &state.bufferSuiteHeld;
         } else if (IsHandleSuite(name, version)) {
             held = &state.handleSuiteHeld;
+        } else if (IsTimingSuite(name, version)) {
+            held = &state.timingSuiteHeld;
         }
         if (held != nullptr && *held > 0) {
             --*held;
@@ -293,6 +313,7 @@ void InstallProcs(SessionState& state) {
                          RecoverSpace,
                          offer.handleProcsCount >= 8 ? DisposeHandle : nullptr};
     state.bufferSuite = {NewBuffer, DisposeBuffer, GetBufferSize, GetBufferSpace};
+    state.timingSuite = {TakeTimingReport};
     state.handleSuite = {NewHandle,     DisposeHandle, DisposeHandle, SetLock,
                          GetHandleSize, SetHandleSize, RecoverSpace};
     state.basicSuite = {AcquireSuite, ReleaseSuite,   IsEqual,  NoBlock,

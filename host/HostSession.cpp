@@ -56,7 +56,7 @@ void FillRecord(SessionState& state) {
     record.maxSpace = record.bufferSpace = kSpaceOffered;
     record.maxSpace64 = record.bufferSpace64 = kSpaceOffered;
     record.background = {65535, 65535, 65535};
-    record.hostSig = hostapi::FourCharacterCode("mvRB");
+    record.hostSig = hostapi::kCommandLineSignature;
     record.supportsPadding = state.offer.supportsPadding ? 1 : 0;
     record.samplingSupport = state.offer.samplingSupport;
     record.supportsAbsolute = 1;
@@ -254,6 +254,9 @@ const HostImage& HostSession::Result() const {
 HostImage HostSession::TakeResult() {
     return state_->pixels.TakeDestination();
 }
+HostDocument HostSession::TakeDocument() {
+    return std::move(state_->document);
+}
 const std::optional<ScriptValues>& HostSession::Recorded() const {
     return state_->recorded;
 }
@@ -263,7 +266,7 @@ const ScriptValues& HostSession::AllPuts() const {
 
 SessionCounts HostSession::Counts() const {
     SessionCounts counts = state_->counts;
-    counts.suitesHeld = state_->bufferSuiteHeld + state_->handleSuiteHeld;
+    counts.suitesHeld = state_->bufferSuiteHeld + state_->handleSuiteHeld + state_->timingSuiteHeld;
     counts.buffersAsked = state_->buffers.Asked();
     counts.buffersLive = state_->buffers.Live();
     counts.bufferBytesLive = state_->buffers.LiveBytes();

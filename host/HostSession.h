@@ -33,6 +33,7 @@ struct HostHooks {
     std::function<void(hostapi::FilterRecord& record)> beforeAdvance;
     std::function<void(hostapi::FilterRecord& record)> afterAdvance;
     std::function<hostapi::OSErr(hostapi::ColorServicesInfo* info)> chooseColor;
+    std::function<void(const std::string& report)> timing;
 };
 
 struct SessionCounts {
@@ -104,6 +105,8 @@ public:
     // The destination: the source until output was stored.
     const HostImage& Result() const;
     HostImage TakeResult();
+    // The document, for another session; this one is spent.
+    HostDocument TakeDocument();
     // What the module wrote last through the write procedures and closed.
     const std::optional<ScriptValues>& Recorded() const;
     // Every put in order, a key that came twice twice.

@@ -37,7 +37,10 @@ PixelServer::PixelServer(const HostDocument& document, const HostOffer& offer,
 }
 
 void PixelServer::Restart(hostapi::FilterRecord& record) {
-    destination_ = document_.image;
+    destination_ = {};
+    if (!offer_.sparesCopies) {
+        MakeDestination();
+    }
     in_ = {};
     out_ = {};
     selection_ = {};
@@ -64,7 +67,7 @@ hostapi::OSErr PixelServer::DeliverInput(hostapi::FilterRecord& record) {
                           record.inHiPlane,    WholeRate(record.inputRate),
                           record.inputPadding, offer_.inRowPadding};
     const hostapi::OSErr error = Deliver(in_, request, document_.image, false);
-    record.inData = in_.block.Data();
+    record.inData = in_.Data();
     record.inRowBytes = static_cast<std::int32_t>(in_.rowBytes);
     record.inPlaneBytes = static_cast<std::int32_t>(document_.image.SampleBytes());
     record.inColumnBytes = (request.highPlane - request.lowPlane + 1) * record.inPlaneBytes;
@@ -76,8 +79,8 @@ hostapi::OSErr PixelServer::DeliverOutput(hostapi::FilterRecord& record) {
     const Request request{record.outRect,       record.outLoPlane,   record.outHiPlane, 1,
                           record.outputPadding, offer_.outRowPadding};
     const hostapi::OSErr error =
-        Deliver(out_, request, destination_, offer_.outputContents == OutputContents::Zero);
-    record.outData = out_.block.Data();
+        Deliver(out_, request, Destination(), offer_.outputContents == OutputContents::Zero);
+    record.outData = out_.Data();
     record.outRowBytes = static_cast<std::int32_t>(out_.rowBytes);
     record.outPlaneBytes = static_cast<std::int32_t>(document_.image.SampleBytes());
     record.outColumnBytes = (request.highPlane - request.lowPlane + 1) * record.outPlaneBytes;
@@ -91,7 +94,7 @@ hostapi::OSErr PixelServer::DeliverMask(hostapi::FilterRecord& record) {
                    offer_.maskRowPadding};
     }
     const hostapi::OSErr error = Deliver(selection_, request, mask_, false);
-    record.maskData = selection_.block.Data();
+    record.maskData = selection_.Data();
     record.maskRowBytes = static_cast<std::int32_t>(selection_.rowBytes);
     return error;
 }
@@ -103,7 +106,7 @@ hostapi::OSErr PixelServer::Deliver(Delivered& area, const Request& request, con
         return hostapi::noErr;
     }
     // The rate is not compared: hosts that keep a delivery look at rectangle and planes alone.
-    const bool same = area.block.Data() != nullptr &&
+    const bool same = area.Data() != nullptr &&
                       std::memcmp(&area.request.rect, &request.rect, sizeof request.rect) == 0 &&
                       area.request.lowPlane == request.lowPlane &&
                       area.request.highPlane == request.highPlane;
@@ -126,8 +129,14 @@ hostapi::OSErr PixelServer::Deliver(Delivered& area, const Request& request, con
     const int columns = request.rect.right - request.rect.left;
     area.usedRowBytes = static_cast<std::size_t>(columns) * planes * from.SampleBytes();
     area.rowBytes = area.usedRowBytes + static_cast<std::size_t>(request.rowPadding);
+    if (offer_.sparesCopies && &area == &in_ && IsWhole(request, from)) {
+        // Nobody writes to input; the record has no const.
+        area.image = const_cast<std::uint8_t*>(from.bytes.data());
+        return hostapi::noErr;
+    }
     const int rows = request.rect.bottom - request.rect.top;
-    if (!area.block.Allocate(area.rowBytes * static_cast<std::size_t>(rows), offer_.placement)) {
+    if (!area.block.Allocate(area.rowBytes * static_cast<std::size_t>(rows), offer_.placement,
+                             offer_.freshBytes)) {
         area = {};
         return hostapi::memFullErr;
     }
@@ -141,6 +150,13 @@ hostapi::OSErr PixelServer::Deliver(Delivered& area, const Request& request, con
         std::fill(row + area.usedRowBytes, row + area.rowBytes, kRowPaddingByte);
     }
     return hostapi::noErr;
+}
+
+bool PixelServer::IsWhole(const Request& request, const HostImage& image) {
+    return request.rate == 1 && request.rowPadding == 0 && request.lowPlane == 0 &&
+           request.highPlane == image.planes - 1 && request.rect.left == 0 &&
+           request.rect.top == 0 && request.rect.right == image.width &&
+           request.rect.bottom == image.height;
 }
 
 // A reduced row takes every n-th pixel. What lies outside the image is padded byte by byte.
@@ -191,6 +207,7 @@ void PixelServer::StorePending() {
         return;
     }
     Check(out_, "outData");
+    MakeDestination();
     const Request& request = out_.request;
     const int left = std::max<int>(request.rect.left, 0);
     const int right = std::min<int>(request.rect.right, destination_.width);
@@ -214,7 +231,14 @@ void PixelServer::StorePending() {
     }
 }
 
+void PixelServer::MakeDestination() {
+    if (destination_.width == 0) {
+        destination_ = document_.image;
+    }
+}
+
 void PixelServer::ClipToSelection() {
+    MakeDestination();
     const HostImage& source = document_.image;
     for (int y = 0; y < mask_.height; ++y) {
         for (int x = 0; x < mask_.width; ++x) {

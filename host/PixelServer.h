@@ -19,7 +19,7 @@ class PixelServer {
 public:
     PixelServer(const HostDocument& document, const HostOffer& offer, Complaints& complaints);
 
-    // The destination starts as a copy of the source; nothing is delivered.
+    // The destination is the source again; nothing is delivered.
     void Restart(hostapi::FilterRecord& record);
     // Stores the pending output, then delivers what the record's rectangles ask for.
     hostapi::OSErr Advance(hostapi::FilterRecord& record);
@@ -28,8 +28,14 @@ public:
     // Restricts the destination to the selection, as autoMask asks.
     void ClipToSelection();
 
-    const HostImage& Destination() const { return destination_; }
-    HostImage TakeDestination() { return std::move(destination_); }
+    // The source as long as nothing was stored.
+    const HostImage& Destination() const {
+        return destination_.width > 0 ? destination_ : document_.image;
+    }
+    HostImage TakeDestination() {
+        MakeDestination();
+        return std::move(destination_);
+    }
 
 private:
     struct Request {
@@ -40,19 +46,25 @@ private:
         std::int16_t padding = 0;
         std::int32_t rowPadding = 0;
     };
+    // The pixels are the block's, or an image's own.
     struct Delivered {
         HostBlock block;
+        std::uint8_t* image = nullptr;
         Request request;
         std::size_t usedRowBytes = 0;
         std::size_t rowBytes = 0;
+
+        std::uint8_t* Data() const { return image != nullptr ? image : block.Data(); }
     };
 
     hostapi::OSErr DeliverInput(hostapi::FilterRecord& record);
     hostapi::OSErr DeliverOutput(hostapi::FilterRecord& record);
     hostapi::OSErr DeliverMask(hostapi::FilterRecord& record);
-    // On success area.block holds the pixels, or nothing when the rectangle is empty.
+    // On success area.Data() is where the pixels are, or null when the rectangle is empty.
     hostapi::OSErr Deliver(Delivered& area, const Request& request, const HostImage& from,
                            bool blank);
+    static bool IsWhole(const Request& request, const HostImage& image);
+    void MakeDestination();
     void FillRow(Delivered& area, const HostImage& from, int y, std::uint8_t* row) const;
     void Check(const Delivered& area, const char* name);
 

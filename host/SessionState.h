@@ -40,6 +40,7 @@ struct SessionState {
     hostapi::SPBasicSuite basicSuite{};
     hostapi::PSBufferSuite1 bufferSuite{};
     hostapi::PSHandleSuite2 handleSuite{};
+    hostapi::TimingSuite1 timingSuite{};
     std::intptr_t data = 0;
 
     std::optional<ScriptValues> recorded;
@@ -47,6 +48,7 @@ struct SessionState {
     SessionCounts counts;  // those that no store keeps
     int bufferSuiteHeld = 0;
     int handleSuiteHeld = 0;
+    int timingSuiteHeld = 0;
     bool overlapReported = false;
 
     std::recursive_mutex lock;

@@ -36,8 +36,16 @@ std::size_t SizeOfType(std::uint16_t type) {
 // Reads numbers and fields of a file in its byte order.
 class TagReader {
 public:
-    explicit TagReader(const std::filesystem::path& path) : file_(path, std::ios::binary) {}
+    explicit TagReader(const std::filesystem::path& path) : file_(path, std::ios::binary) {
+        file_.seekg(0, std::ios::end);
+        const std::streamoff end = file_.tellg();
+        size_ = end > 0 ? static_cast<std::uint64_t>(end) : 0;
+    }
 
+    // Whether the file has so many bytes there: room is made for no more than that.
+    bool Holds(std::uint64_t offset, std::uint64_t size) const {
+        return offset <= size_ && size <= size_ - offset;
+    }
     bool ReadAt(std::uint64_t offset, std::uint8_t* to, std::size_t size) {
         file_.clear();
         file_.seekg(static_cast<std::streamoff>(offset));
@@ -60,12 +68,17 @@ public:
         if (unit == 0 || count > kLargestField) {
             return false;
         }
-        data.resize(unit * count);
-        if (data.size() <= 4) {
-            std::copy_n(entry + 8, data.size(), data.begin());
+        const std::size_t size = unit * count;
+        const std::uint32_t offset = Number(entry + 8, 4);
+        if (size > 4 && !Holds(offset, size)) {
+            return false;
+        }
+        data.resize(size);
+        if (size <= 4) {
+            std::copy_n(entry + 8, size, data.begin());
             return true;
         }
-        return ReadAt(Number(entry + 8, 4), data.data(), data.size());
+        return ReadAt(offset, data.data(), size);
     }
     std::vector<std::uint32_t> Numbers(const std::uint8_t* entry, const Bytes& data) const {
         const std::size_t unit = SizeOfType(static_cast<std::uint16_t>(Number(entry + 2, 2)));
@@ -78,6 +91,7 @@ public:
 
 private:
     std::ifstream file_;
+    std::uint64_t size_ = 0;
     bool bigEndian_ = false;
 };
 

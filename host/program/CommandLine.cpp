@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "program/ParameterTable.h"
+#include "program/presets/PresetCommand.h"
 
 namespace mv::host {
 namespace {
@@ -50,9 +51,11 @@ std::optional<Failure> Parse(CLI::App& app, std::vector<std::string> arguments) 
     } catch (const CLI::Error& error) {
         return UsageFailure(std::string(error.what()) + std::string(kHint));
     }
-    const std::vector<std::string> unknown = app.remaining();
-    if (!unknown.empty()) {
-        return UsageFailure("there is no option '" + unknown.front() + "'" + std::string(kHint));
+    for (const std::string& unknown : app.remaining()) {
+        // Behind "--" all words are names; the parser keeps the mark itself.
+        if (unknown != "--") {
+            return UsageFailure("there is no option '" + unknown + "'" + std::string(kHint));
+        }
     }
     return {};
 }
@@ -151,6 +154,11 @@ std::string HelpText() {
 Usage: radial-blur INPUT OUTPUT [OPTION...]
        radial-blur INPUT... --out-dir FOLDER [OPTION...]
        radial-blur --list-parameters [--json]
+       radial-blur presets list FILE [--json]
+       radial-blur presets show FILE [NAME] [--json]
+       radial-blur presets save FILE NAME [OPTION...] [--preset FILE:NAME] [--force]
+       radial-blur presets delete FILE NAME
+       radial-blur doctor MODULE [--json]
 
   radial-blur in.png out.png --strength 0.4 --origin 0.3,0.6 --mode abberative --blend screen
 
@@ -164,6 +172,8 @@ Files
   --mask FILE       a picture of the same size that says how much of each pixel takes part,
                     white all of it, black nothing
   --out-dir FOLDER  put the results there under the names of the inputs; made if it is missing
+  --skip-existing   leave out inputs whose output is there already, as to go on with a run
+                    that was stopped; the values of that run are not compared
   --module FILE     use this filter module instead of the one beside the program
 
 The blur
@@ -172,9 +182,19 @@ The blur
 Names may be written with '-' or '_' for blanks, or as their numbers. Values beyond the usual range
 are taken; values beyond a limit are refused. An option that is given twice counts as last given.
 
+Presets are looks under a name in a file that the filter's dialog reads and writes too.
+  --preset FILE:NAME       take the preset's values, such as --preset looks.cfg:soft_glow; values
+                           that are given as options win over it, wherever they stand
+  --save-preset FILE:NAME  keep the values of the run under this name, once all of it succeeded
+  --force                  let a preset of the same name be replaced
+A blank in a name becomes an underscore. A preset gives every value: what its block in the file
+leaves out has its default. 'presets save' takes the same options for values as a run does.
+
 Reports
   --json             write what was done, how long it took and the memory it needed, as JSON
   --quiet            write nothing but errors, and draw no progress bar
+  --timing           write how long each stage of the filter took, when a picture is done;
+                     also with --quiet, and with --json in there
   --list-parameters  list all parameters with their script keys; with --json as JSON
   --version          write the version
   --help             write this text
@@ -184,12 +204,19 @@ Exit codes
   1  internal error                  6  cannot write: no such folder, no rights, a full disk
   2  wrong use of the command line   7  the filter module is missing or cannot be loaded
   3  an input cannot be read         8  the filter failed, such as for lack of memory
-  4  not a picture that is served  130  stopped by Ctrl-C
-With several inputs the rest is done when one fails, and the code is that of the first failure.
+  4  not a picture that is served    9  doctor found a fault in a module
+ 10  no preset of that name         11  not a preset file of this filter
+ 12  there is such a preset already 130 stopped by Ctrl-C
+With several inputs the rest is done when one fails, the code is that of the first failure, and a
+summary at the end names all that failed.
 )";
 }
 
 std::optional<Failure> ReadCommandLine(std::vector<std::string> arguments, CommandLine& result) {
+    const bool isPresets = !arguments.empty() && arguments.front() == "presets";
+    if (isPresets) {
+        arguments.erase(arguments.begin());
+    }
     CLI::App app;
     app.set_help_flag();
     app.allow_extras();
@@ -203,9 +230,13 @@ std::optional<Failure> ReadCommandLine(std::vector<std::string> arguments, Comma
     app.add_flag("--list-parameters", listParameters);
     app.add_flag("--json", result.json);
     app.add_flag("--quiet,-q", result.quiet);
+    app.add_flag("--skip-existing", result.skipExisting);
+    app.add_flag("--force", result.force);
+    app.add_flag("--timing", result.timing);
     for (const auto& [name, target] :
          {std::pair{"--mask", &result.mask}, std::pair{"--out-dir", &result.outputFolder},
-          std::pair{"--module", &result.module}}) {
+          std::pair{"--module", &result.module}, std::pair{"--preset", &result.preset},
+          std::pair{"--save-preset", &result.savePreset}}) {
         app.add_option(name, *target)->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     }
     app.add_option("files", files);
@@ -225,6 +256,9 @@ std::optional<Failure> ReadCommandLine(std::vector<std::string> arguments, Comma
     }
     if (std::optional<Failure> failure = ReadValues(options, result.values); failure) {
         return failure;
+    }
+    if (isPresets) {
+        return ReadPresetCommand(files, result);
     }
     return SortFiles(std::move(files), result);
 }

@@ -16,7 +16,8 @@ struct Failure {
     std::string text;
 };
 
-enum class Action { Render, ShowHelp, ShowVersion, ListParameters };
+enum class Action { Render, ShowHelp, ShowVersion, ListParameters, Presets };
+enum class PresetAction { List, Show, Save, Delete };
 
 struct CommandLine {
     Action action = Action::Render;
@@ -24,10 +25,18 @@ struct CommandLine {
     std::string output;        // of the only input, when there is no folder
     std::string outputFolder;  // the inputs keep their names in it
     std::string mask;
-    std::string module;   // empty: the one beside the program
-    ScriptValues values;  // of the parameters that were given
+    std::string module;      // empty: the one beside the program
+    ScriptValues values;     // of the parameters that were given
+    std::string preset;      // FILE:NAME whose values stand in for those that were not given
+    std::string savePreset;  // FILE:NAME that keeps the values of the run
+    bool force = false;      // a preset of the same name may be replaced
+    PresetAction presetAction = PresetAction::List;
+    std::string presetFile;
+    std::string presetName;  // may be empty where all are meant
+    bool timing = false;
     bool json = false;
     bool quiet = false;
+    bool skipExisting = false;
 };
 
 // `arguments` are the words behind the program's name, in UTF-8 on Windows.

@@ -13,6 +13,10 @@ enum class ExitCode : int {
     CannotWrite = 6,         // no such folder, no rights, a full disk
     ModuleProblem = 7,       // the filter module is missing or cannot be loaded
     RenderFailed = 8,        // the module reports an error, such as too little memory
+    ModuleFault = 9,         // doctor: hosts cannot use the file
+    NoSuchPreset = 10,       // the preset file holds none of that name
+    NoPresetFile = 11,       // the file holds something else, or another filter's presets
+    PresetExists = 12,       // it would be replaced, which was not asked for
     Aborted = 130,           // Ctrl-C
 };
 

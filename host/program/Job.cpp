@@ -76,11 +76,14 @@ std::optional<Failure> Render(const JobSettings& settings, JobResult& result) {
     ProgressBar bar(settings.showProgress, PathToText(result.input.filename()));
     HostDocument document = TakeDocument(
         result.picture, settings.mask ? ToMask(*settings.mask) : std::vector<std::uint8_t>());
-    HostSession session(settings.entryPoint, std::move(document));
+    HostSession session(
+        settings.entryPoint, std::move(document),
+        {.timingSuite = settings.timing, .freshBytes = FreshBytes::Unset, .sparesCopies = true});
     session.Hooks().progress = [&bar](std::int32_t done, std::int32_t total) {
         bar.Show(done, total);
     };
     session.Hooks().abortAsked = Interrupted;
+    session.Hooks().timing = [&result](const std::string& report) { result.timing = report; };
     session.Play(settings.values);
     const RunOutcome outcome = session.Run();
     bar.Clear();
@@ -93,6 +96,13 @@ std::optional<Failure> Render(const JobSettings& settings, JobResult& result) {
     }
     PutImage(session.TakeResult(), result.picture);
     return {};
+}
+
+// Outputs appear whole, so one that is there is complete; an empty file is somebody's place-holder.
+bool IsThere(const std::filesystem::path& output) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(output, error) &&
+           std::filesystem::file_size(output, error) > 0 && !error;
 }
 
 std::optional<Failure> RunSteps(const JobSettings& settings, JobResult& result) {
@@ -137,6 +147,10 @@ JobResult RunJob(const std::filesystem::path& input, const std::filesystem::path
     JobResult result;
     result.input = input;
     result.output = output;
+    if (settings.skipExisting && IsThere(output)) {
+        result.skipped = true;
+        return result;
+    }
     try {
         result.failure = RunSteps(settings, result);
     } catch (const std::bad_alloc&) {

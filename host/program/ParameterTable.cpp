@@ -143,14 +143,6 @@ std::string Normalized(std::string_view text) {
     return result;
 }
 
-hostapi::OSType KeyOf(std::string_view text) {
-    hostapi::OSType key = 0;
-    for (const char character : text) {
-        key = (key << 8) | static_cast<unsigned char>(character);
-    }
-    return key;
-}
-
 bool IsBeyondHardBound(const ParameterInfo& parameter, double value) {
     return (parameter.minimumIsHard && value < parameter.minimum) ||
            (parameter.maximumIsHard && value > parameter.maximum);
@@ -232,6 +224,25 @@ void WriteDefault(JsonWriter& json, const ParameterInfo& parameter) {
 
 std::span<const ParameterInfo> Parameters() {
     return kParameters;
+}
+
+hostapi::OSType KeyOf(std::string_view text) {
+    hostapi::OSType key = 0;
+    for (const char character : text) {
+        key = (key << 8) | static_cast<unsigned char>(character);
+    }
+    return key;
+}
+
+std::string ValueText(const ParameterInfo& parameter, const ScriptValue& value) {
+    if (const auto* const number = std::get_if<double>(&value)) {
+        return ShortestText(*number);
+    }
+    if (const auto* const flag = std::get_if<bool>(&value)) {
+        return *flag ? "on" : "off";
+    }
+    const auto* const entry = std::get_if<std::int32_t>(&value);
+    return entry != nullptr ? EntryText(parameter, *entry) : "";
 }
 
 std::string EntryText(const ParameterInfo& parameter, int value) {

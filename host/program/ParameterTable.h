@@ -35,6 +35,10 @@ std::span<const ParameterInfo> Parameters();
 std::string RangeText(const ParameterInfo& parameter);
 // "0.25", "0.5,0.5", "normal", "off".
 std::string DefaultText(const ParameterInfo& parameter);
+// The script key of a parameter as the number that travels.
+hostapi::OSType KeyOf(std::string_view key);
+// A value as its option takes it: "0.25", "on", "normal".
+std::string ValueText(const ParameterInfo& parameter, const ScriptValue& value);
 // "normal" for 1, or the number where it names no entry.
 std::string EntryText(const ParameterInfo& parameter, int value);
 

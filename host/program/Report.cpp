@@ -20,14 +20,6 @@ int Bits(const Picture& picture) {
     return static_cast<int>(picture.SampleBytes() * 8);
 }
 
-hostapi::OSType KeyOf(std::string_view key) {
-    hostapi::OSType value = 0;
-    for (const char character : key) {
-        value = (value << 8) | static_cast<unsigned char>(character);
-    }
-    return value;
-}
-
 void WriteValue(JsonWriter& json, const ParameterInfo& parameter, const ScriptValue& value) {
     if (const auto* const number = std::get_if<double>(&value)) {
         json.Number(*number);
@@ -36,28 +28,6 @@ void WriteValue(JsonWriter& json, const ParameterInfo& parameter, const ScriptVa
     } else if (const auto* const entry = std::get_if<std::int32_t>(&value)) {
         json.Text(EntryText(parameter, *entry));
     }
-}
-
-void WriteValues(JsonWriter& json, const ScriptValues& values) {
-    json.Key("values").BeginObject();
-    for (const ParameterInfo& parameter : Parameters()) {
-        const ScriptValue* const value = FindValue(values, KeyOf(parameter.key));
-        if (value == nullptr) {
-            continue;
-        }
-        json.Key(parameter.name);
-        const ScriptValue* const second =
-            parameter.secondKey.empty() ? nullptr : FindValue(values, KeyOf(parameter.secondKey));
-        if (second != nullptr) {
-            json.BeginArray();
-            WriteValue(json, parameter, *value);
-            WriteValue(json, parameter, *second);
-            json.EndArray();
-        } else {
-            WriteValue(json, parameter, *value);
-        }
-    }
-    json.EndObject();
 }
 
 void WriteDone(JsonWriter& json, const JobResult& job) {
@@ -84,12 +54,17 @@ void WriteJob(JsonWriter& json, const JobResult& job) {
     json.BeginObject();
     json.Key("input").Text(PathToText(job.input));
     json.Key("output").Text(PathToText(job.output));
-    json.Key("done").Boolean(!job.failure.has_value());
-    if (job.failure) {
+    json.Key("done").Boolean(!job.failure && !job.skipped);
+    if (job.skipped) {
+        json.Key("skipped").Boolean(true);
+    } else if (job.failure) {
         json.Key("exitCode").Integer(static_cast<int>(job.failure->code));
         json.Key("error").Text(job.failure->text);
     } else {
         WriteDone(json, job);
+        if (!job.timing.empty()) {
+            json.Key("timing").Text(job.timing);
+        }
     }
     if (!job.complaints.empty()) {
         json.Key("remarks").BeginArray();
@@ -101,9 +76,47 @@ void WriteJob(JsonWriter& json, const JobResult& job) {
     json.EndObject();
 }
 
+// What became of the pictures.
+struct Totals {
+    std::int64_t done = 0;
+    std::int64_t skipped = 0;
+    std::int64_t failed = 0;
+
+    explicit Totals(const RunReport& report) {
+        for (const JobResult& job : report.jobs) {
+            ++(job.failure ? failed : job.skipped ? skipped : done);
+        }
+    }
+};
+
 }  // namespace
 
+void WriteValues(JsonWriter& json, const ScriptValues& values) {
+    json.Key("values").BeginObject();
+    for (const ParameterInfo& parameter : Parameters()) {
+        const ScriptValue* const value = FindValue(values, KeyOf(parameter.key));
+        if (value == nullptr) {
+            continue;
+        }
+        json.Key(parameter.name);
+        const ScriptValue* const second =
+            parameter.secondKey.empty() ? nullptr : FindValue(values, KeyOf(parameter.secondKey));
+        if (second != nullptr) {
+            json.BeginArray();
+            WriteValue(json, parameter, *value);
+            WriteValue(json, parameter, *second);
+            json.EndArray();
+        } else {
+            WriteValue(json, parameter, *value);
+        }
+    }
+    json.EndObject();
+}
+
 std::string JobLine(const JobResult& job) {
+    if (job.skipped) {
+        return PathToText(job.input) + " -> " + PathToText(job.output) + ": there already";
+    }
     std::ostringstream line;
     line.imbue(std::locale::classic());
     line << PathToText(job.input) << " -> " << PathToText(job.output) << ": " << job.picture.width
@@ -113,16 +126,30 @@ std::string JobLine(const JobResult& job) {
     return line.str();
 }
 
-std::string SummaryLine(const RunReport& report) {
-    const auto failed = std::count_if(report.jobs.begin(), report.jobs.end(),
-                                      [](const JobResult& job) { return job.failure.has_value(); });
-    const auto count = static_cast<std::ptrdiff_t>(report.jobs.size());
-    std::string line =
-        std::to_string(count - failed) + " of " + std::to_string(count) + " pictures done";
-    if (failed > 0) {
-        line += ", " + std::to_string(failed) + " failed";
+std::string TimingText(const JobResult& job) {
+    return job.timing.empty() ? "the filter module gave no times\n" : job.timing;
+}
+
+std::string SummaryText(const RunReport& report) {
+    const Totals totals(report);
+    std::string text =
+        std::to_string(totals.done) + " of " + std::to_string(report.planned) + " pictures done";
+    if (totals.skipped > 0) {
+        text += ", " + std::to_string(totals.skipped) + " skipped as they were there already";
     }
-    return line;
+    if (totals.failed > 0) {
+        text += ", " + std::to_string(totals.failed) + " failed";
+    }
+    if (report.jobs.size() < report.planned) {
+        text += ", " + std::to_string(report.planned - report.jobs.size()) + " not begun";
+    }
+    text += "\n";
+    for (const JobResult& job : report.jobs) {
+        if (job.failure) {
+            text += "failed: " + PathToText(job.input) + "\n";
+        }
+    }
+    return text;
 }
 
 std::string ReportJson(const RunReport& report) {
@@ -134,6 +161,10 @@ std::string ReportJson(const RunReport& report) {
     json.Key("exitCode").Integer(static_cast<int>(report.code));
     json.Key("seconds").Number(report.seconds);
     json.Key("peakMemoryBytes").Integer(static_cast<std::int64_t>(report.peakMemoryBytes));
+    const Totals totals(report);
+    json.Key("done").Integer(totals.done);
+    json.Key("skipped").Integer(totals.skipped);
+    json.Key("failed").Integer(totals.failed);
     json.Key("pictures").BeginArray();
     for (const JobResult& job : report.jobs) {
         WriteJob(json, job);

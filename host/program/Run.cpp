@@ -11,10 +11,12 @@
 #include "Module.h"
 #include "pictures/PictureFile.h"
 #include "program/CommandLine.h"
+#include "program/Doctor.h"
 #include "program/Job.h"
 #include "program/ParameterTable.h"
 #include "program/Report.h"
 #include "program/System.h"
+#include "program/presets/PresetCommand.h"
 
 namespace mv::host {
 namespace {
@@ -107,6 +109,7 @@ std::optional<Failure> LoadModule(const CommandLine& commandLine, Module& module
 void RunJobs(const std::vector<FilePair>& pairs, const JobSettings& settings,
              const CommandLine& commandLine, RunReport& report) {
     const bool lines = !commandLine.quiet && !commandLine.json;
+    report.planned = pairs.size();
     for (const FilePair& pair : pairs) {
         if (Interrupted()) {
             report.code = ExitCode::Aborted;
@@ -121,10 +124,24 @@ void RunJobs(const std::vector<FilePair>& pairs, const JobSettings& settings,
         } else if (lines) {
             Say(JobLine(job) + "\n");
         }
+        if (settings.timing && !commandLine.json && !job.failure && !job.skipped) {
+            Say(TimingText(job));
+        }
         report.jobs.push_back(std::move(job));
     }
     if (lines && pairs.size() > 1) {
-        Say(SummaryLine(report) + "\n");
+        Say(SummaryText(report));
+    }
+}
+
+// What failed to be kept is told like a picture that failed.
+void KeepPreset(const CommandLine& commandLine, const JobSettings& settings, RunReport& report) {
+    if (report.code != ExitCode::Success) {
+        return;
+    }
+    if (const std::optional<Failure> failure = SavePresetOfRun(commandLine, settings.values)) {
+        Complain(failure->text);
+        report.code = failure->code;
     }
 }
 
@@ -135,13 +152,22 @@ int Render(const CommandLine& commandLine) {
     if (const std::optional<Failure> failure = PairFiles(commandLine, pairs)) {
         return End(*failure);
     }
+    ScriptValues values;
+    if (const std::optional<Failure> failure = CollectValues(commandLine, values)) {
+        return End(*failure);
+    }
+    if (const std::optional<Failure> failure = CheckSavePreset(commandLine)) {
+        return End(*failure);
+    }
     Module module;
     if (const std::optional<Failure> failure = LoadModule(commandLine, module, report)) {
         return End(*failure);
     }
     JobSettings settings;
     settings.entryPoint = module.GetEntryPoint();
-    settings.values = commandLine.values;
+    settings.values = std::move(values);
+    settings.timing = commandLine.timing;
+    settings.skipExisting = commandLine.skipExisting;
     settings.showProgress = !commandLine.quiet && StandardErrorIsTerminal();
     if (!commandLine.mask.empty()) {
         if (const std::optional<Failure> failure = ReadMask(commandLine.mask, settings)) {
@@ -152,6 +178,7 @@ int Render(const CommandLine& commandLine) {
         return End(*failure);
     }
     RunJobs(pairs, settings, commandLine, report);
+    KeepPreset(commandLine, settings, report);
     report.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     report.peakMemoryBytes = PeakMemoryBytes();
@@ -159,6 +186,20 @@ int Render(const CommandLine& commandLine) {
         Say(ReportJson(report));
     }
     return static_cast<int>(report.code);
+}
+
+int DoPresets(const CommandLine& commandLine) {
+    CatchInterrupts();
+    std::string text;
+    std::string remark;
+    if (const std::optional<Failure> failure = RunPresetCommand(commandLine, text, remark)) {
+        return End(*failure);
+    }
+    if (!remark.empty()) {
+        Complain(remark);
+    }
+    Say(text);
+    return 0;
 }
 
 int Dispatch(const CommandLine& commandLine) {
@@ -172,6 +213,8 @@ int Dispatch(const CommandLine& commandLine) {
         case Action::ListParameters:
             Say(commandLine.json ? ListParametersJson() : ListParametersText());
             return 0;
+        case Action::Presets:
+            return DoPresets(commandLine);
         case Action::Render:
             break;
     }
@@ -179,22 +222,29 @@ int Dispatch(const CommandLine& commandLine) {
     return Render(commandLine);
 }
 
+// What was promised on stdout must have arrived.
+int Finish(int code) {
+    if (std::fflush(stdout) != 0 && code == 0) {
+        return End({ExitCode::CannotWrite, "cannot write to the standard output"});
+    }
+    return code;
+}
+
 }  // namespace
 
 int RunProgram(std::vector<std::string> arguments) {
     const Utf8Console console;
     try {
+        if (!arguments.empty() && arguments.front() == "doctor") {
+            arguments.erase(arguments.begin());
+            return Finish(RunDoctor(arguments));
+        }
         CommandLine commandLine;
         if (const std::optional<Failure> failure =
                 ReadCommandLine(std::move(arguments), commandLine)) {
             return End(*failure);
         }
-        const int code = Dispatch(commandLine);
-        // What was promised on stdout must have arrived.
-        if (std::fflush(stdout) != 0 && code == 0) {
-            return End({ExitCode::CannotWrite, "cannot write to the standard output"});
-        }
-        return code;
+        return Finish(Dispatch(commandLine));
     } catch (const std::exception& error) {
         return End({ExitCode::Internal, std::string("internal error: ") + error.what()});
     }

@@ -132,6 +132,19 @@ void Canvas::Branch(double x0, double y0, double width0, double x1, double y1, d
     }
 }
 
+void Canvas::Glow(double x, double y, double reach, const Color& color, double stretch) {
+    const int left = std::max(0, static_cast<int>(x - 2.0 * reach));
+    const int right = std::min(width_ - 1, static_cast<int>(x + 2.0 * reach));
+    const int top = std::max(0, static_cast<int>(y - 2.0 * reach * stretch));
+    const int bottom = std::min(height_ - 1, static_cast<int>(y + 2.0 * reach * stretch));
+    for (int py = top; py <= bottom; ++py) {
+        for (int px = left; px <= right; ++px) {
+            const double away = std::hypot(px + 0.5 - x, (py + 0.5 - y) / stretch) / reach;
+            At(px, py) = At(px, py) + color * std::exp(-away * away * 4.0);
+        }
+    }
+}
+
 Picture Canvas::Develop() const {
     Picture picture;
     picture.width = width_;

@@ -47,6 +47,8 @@ public:
     // A line that grows thinner from one end to the other.
     void Branch(double x0, double y0, double width0, double x1, double y1, double width1,
                 const Color& color);
+    // Adds light that falls off around a point; `stretch` makes it so many times higher than wide.
+    void Glow(double x, double y, double reach, const Color& color, double stretch = 1.0);
     // Tone curve, grain and the standard's encoding in 8 bits.
     Picture Develop() const;
 

@@ -186,10 +186,10 @@ std::string StatisticsReport(const MeasurementMap& measurements) noexcept {
     }
 }
 
-void MeasurementTable::Add(const std::string& name, const MeasurementSample& sample) noexcept {
+void MeasurementTable::Add(std::string_view name, const MeasurementSample& sample) noexcept {
     const std::lock_guard guard(lock_);
     try {
-        measurements_[name].push_back(sample);
+        measurements_[std::string(name)].push_back(sample);
     } catch (...) {
         // A measurement is not worth a failed render.
     }
@@ -203,6 +203,14 @@ void MeasurementTable::Clear() noexcept {
 std::string MeasurementTable::Report() const noexcept {
     const std::lock_guard guard(lock_);
     return StatisticsReport(measurements_);
+}
+
+std::int64_t MeasuringPoint::Now() noexcept {
+    return PerformanceCounter();
+}
+
+void MeasuringPoint::Finish() noexcept {
+    table_->Add(name_, {start_, Now(), PerformanceFrequency()});
 }
 
 std::string BandwidthReport(const std::list<BandwidthRow>& rows) noexcept {

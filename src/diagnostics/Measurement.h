@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/RecursiveLock.h"
@@ -29,13 +30,37 @@ std::string StatisticsReport(const MeasurementMap& measurements) noexcept;
 class MeasurementTable {
 public:
     // A sample for which there is no memory is lost.
-    void Add(const std::string& name, const MeasurementSample& sample) noexcept;
+    void Add(std::string_view name, const MeasurementSample& sample) noexcept;
     void Clear() noexcept;
     std::string Report() const noexcept;
 
 private:
     mutable RecursiveLock lock_;
     MeasurementMap measurements_;
+};
+
+// Adds the time of its life to a table; without a table it costs nothing. Lives on the stack of
+// what it measures.
+class MeasuringPoint {
+public:
+    // The name must outlive the point.
+    MeasuringPoint(MeasurementTable* table, const char* name) noexcept
+        : table_(table), name_(name), start_(table != nullptr ? Now() : 0) {}
+    ~MeasuringPoint() {
+        if (table_ != nullptr) {
+            Finish();
+        }
+    }
+    MeasuringPoint(const MeasuringPoint&) = delete;
+    MeasuringPoint& operator=(const MeasuringPoint&) = delete;
+
+private:
+    static std::int64_t Now() noexcept;
+    void Finish() noexcept;
+
+    MeasurementTable* table_;
+    const char* name_;
+    std::int64_t start_;
 };
 
 // Something that moved data for a while, as the bandwidth report sees it.

@@ -15,6 +15,7 @@ public:
     Image image;
 
     virtual std::int32_t render(std::uint32_t position, std::uint32_t range) {
+        const MeasuringPoint point(host_->GetActiveMeasurements(), "clearing");
         position_ = position;
         range_ = range;
         return host_->Iterate(image.height, [this](unsigned row, unsigned rows, unsigned id) {

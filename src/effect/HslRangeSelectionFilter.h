@@ -1,5 +1,7 @@
 #pragma once
 
+#include <type_traits>
+
 #include "effect/DecodeTable.h"
 #include "effect/HslRange.h"
 #include "image/MorvenhaleFilter.h"
@@ -63,6 +65,10 @@ private:
         if constexpr (!std::is_same_v<Channel, float>) {
             const bool isAll = evaluator.lightness.low == 0.0 && evaluator.lightness.high > 1.0;
             const bool isMasked = mask.data != nullptr;
+            if (isAll && !isMasked && IsTableAlone()) {
+                LookUpAll(y);
+                return;
+            }
             const unsigned char* weights = isMasked ? mask.Row(y) : nullptr;
             const unsigned char* in = source.Row(y);
             unsigned char* out = destination.Row(y);
@@ -89,6 +95,33 @@ private:
         } else {
             static_cast<void>(evaluator);
             static_cast<void>(y);
+        }
+    }
+
+    // Without alpha and gaps a row is one sequence of samples.
+    bool IsTableAlone() const {
+        return !SourcePixel::kHasAlpha &&
+               source.Stride() == static_cast<std::ptrdiff_t>(kChannels * sizeof(Channel));
+    }
+
+    // Each channel of the row by itself; loads come four at a time before their stores, since the
+    // compiler cannot know that the images are apart.
+    void LookUpAll(std::int32_t y) const {
+        const float* table = decoder->Table(0);
+        const unsigned char* in = source.Row(y);
+        unsigned char* out = destination.Row(y);
+        const std::int32_t count = destination.width * kChannels;
+        std::int32_t i = 0;
+        for (; i + 4 <= count; i += 4) {
+            const float values[] = {
+                table[LoadChannel<Channel>(in, i)], table[LoadChannel<Channel>(in, i + 1)],
+                table[LoadChannel<Channel>(in, i + 2)], table[LoadChannel<Channel>(in, i + 3)]};
+            for (int c = 0; c < 4; ++c) {
+                StoreChannel(out, i + c, values[c]);
+            }
+        }
+        for (; i < count; ++i) {
+            StoreChannel(out, i, table[LoadChannel<Channel>(in, i)]);
         }
     }
 
@@ -155,7 +188,14 @@ private:
                                                                           : 1.0f;
         const float weight = static_cast<float>(alpha) * kInverseWhite;
         for (int i = 0; i < ReferencePixel::kColors; ++i) {
-            colors[i] = static_cast<ReferenceChannel>(static_cast<float>(colors[i]) * weight);
+            const float weighted = static_cast<float>(colors[i]) * weight;
+            if constexpr (std::is_integral_v<ReferenceChannel>) {
+                // 16-bit samples above white, which no host should give, may come out beyond the
+                // type: the lower bits count, as processors truncate.
+                colors[i] = static_cast<ReferenceChannel>(static_cast<std::int32_t>(weighted));
+            } else {
+                colors[i] = weighted;
+            }
         }
     }
 

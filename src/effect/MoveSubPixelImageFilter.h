@@ -25,6 +25,7 @@ public:
     double dy = 0.0;
 
     virtual std::int32_t render(std::uint32_t position, std::uint32_t range) {
+        const MeasuringPoint point(host_->GetActiveMeasurements(), "move");
         position_ = position;
         range_ = range;
         rowsDone_ = 0;

@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "diagnostics/Log.h"
+#include "diagnostics/Measurement.h"
 #include "effect/Composer.h"
 #include "effect/CopyImageFilter.h"
 #include "effect/DecodeTable.h"
@@ -103,6 +104,7 @@ private:
     }
 
     std::int32_t Compose() {
+        const MeasuringPoint point(host_->GetActiveMeasurements(), "composition");
         composer_.imageIn = imageIn;
         composer_.imageOut = imageOut;
         composer_.working = working_;
@@ -170,6 +172,7 @@ private:
 
     // Selection, mask and linear light. Each row is decoded by the stage that touches it last.
     std::int32_t PrepareWorking() {
+        const MeasuringPoint point(host_->GetActiveMeasurements(), "selection, linear light");
         float* table = AllocateDecodeTable();
         HslRangeSelectionFilter<C_Image, Working, C_Image> filter(host_);
         filter.source = imageIn;
@@ -212,6 +215,7 @@ private:
     }
 
     std::int32_t ShowSelection() {
+        const MeasuringPoint point(host_->GetActiveMeasurements(), "copy of the view");
         CopyImageFilter<Working, C_Image> filter(host_);
         filter.source = working_;
         filter.destination = imageOut;

@@ -164,6 +164,7 @@ private:
             status = RunSides();
         }
         if (IsOk(status)) {
+            const MeasuringPoint point(host_->GetActiveMeasurements(), "normalization");
             status = host_->Iterate(static_cast<std::int32_t>(kSideCount),
                                     [this](unsigned index, unsigned count, unsigned) {
                                         return static_cast<unsigned>(Normalize(index, count));
@@ -174,6 +175,7 @@ private:
 
     // A side that failed on another thread fails the render: its rays are missing.
     std::int32_t RunSides() {
+        const MeasuringPoint point(host_->GetActiveMeasurements(), "rays");
         std::fill(sideStatus_, sideStatus_ + kSideCount, host_->StatusOk());
         std::int32_t status =
             host_->Iterate(static_cast<std::int32_t>(kSideCount),

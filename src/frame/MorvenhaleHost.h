@@ -48,6 +48,9 @@ public:
     void GetRange(double*, double*) override {}
 
     MeasurementTable& GetMeasurements() { return measurements_; }
+    // Where a render's measuring points add their times: null unless somebody asked for them.
+    MeasurementTable* GetActiveMeasurements() { return isMeasuring_ ? &measurements_ : nullptr; }
+    void SetMeasuring(bool isMeasuring) { isMeasuring_ = isMeasuring; }
 
     void SetThreadLimit(std::int32_t limit) { threadLimit_ = limit; }
     void SetProgressCallback(std::function<bool(std::int32_t, std::int32_t)> callback);
@@ -57,6 +60,7 @@ public:
 private:
     ThreadPool pool_;
     MeasurementTable measurements_;
+    bool isMeasuring_ = false;
     std::int32_t threadLimit_ = 0;
     std::function<bool(std::int32_t, std::int32_t)> progressCallback_;
     std::function<void*(std::uint32_t)> allocCallback_;

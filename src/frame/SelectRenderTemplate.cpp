@@ -1,4 +1,6 @@
 // The one run-time switch between the host's untyped record and the typed renders.
+#include <cstdlib>
+
 #include "diagnostics/Log.h"
 #include "frame/PixelShapes.h"
 #include "frame/pfFilterRadialBlur.h"
@@ -97,13 +99,33 @@ private:
         input.is_connected = true;
         output.is_connected = true;
         mask.dynamic_pixel_size = 1;
-        mask.is_connected = record_.maskData != nullptr;
-        // Nothing to render, or a host that delivered nothing.
+        if (!CanCover(mask)) {
+            mask.data = nullptr;
+        }
+        mask.is_connected = mask.data != nullptr;
+        // Nothing to render, or a host that delivered nothing, or less than it says.
         if (input.width <= 0 || input.height <= 0 || input.data == nullptr ||
-            output.data == nullptr) {
+            output.data == nullptr || IsSmaller(record_.inRect)) {
             return filter_.StatusOk();
         }
         return filter_.Render<HostPixel>(input, output, mask, &record_);
+    }
+
+    // A rectangle, as it stands after the host has served the request, that does not hold the
+    // image.
+    bool IsSmaller(const hostapi::Rect& rect) const {
+        const int width = rect.right - rect.left;
+        const int height = rect.bottom - rect.top;
+        const bool isEmpty = width == 0 && height == 0;
+        return !isEmpty && (width < record_.outRect.right - record_.outRect.left ||
+                            height < record_.outRect.bottom - record_.outRect.top);
+    }
+
+    // A mask that ends before the image does counts as none, like one that was promised and not
+    // delivered. Without a promise its rectangle was not ours to set and says nothing.
+    bool CanCover(const MaskImage& mask) const {
+        return std::abs(std::int64_t{mask.row_bytes}) >= mask.width &&
+               (record_.haveMask == 0 || !IsSmaller(record_.maskRect));
     }
 
     template <class Image>

@@ -3,6 +3,7 @@
 
 #include "diagnostics/Log.h"
 #include "frame/HostSuites.h"
+#include "frame/RunTiming.h"
 #include "frame/pfFilter.h"
 #include "interface/UserInterface.h"
 #include "interface/pfPreview.h"
@@ -121,8 +122,14 @@ std::int32_t pfFilter::RunFilter(hostapi::FilterRecord* record) {
     }
     parameters_.WriteScriptParams(record);
     parameters_.ValidateAll();
-    const std::int32_t status = SetupFilterRecord(record, 1);
+    const RunTiming timing(*this, *record);
+    const std::int32_t status = RequestWholeImage(record);
     return status == hostapi::noErr ? RenderWholeImage(record) : status;
+}
+
+std::int32_t pfFilter::RequestWholeImage(hostapi::FilterRecord* record) {
+    const MeasuringPoint point(GetActiveMeasurements(), "image from the host");
+    return SetupFilterRecord(record, 1);
 }
 
 std::int32_t pfFilter::RenderWholeImage(hostapi::FilterRecord* record) {

@@ -78,6 +78,7 @@ private:
     std::int32_t DoContinueSelector(hostapi::FilterRecord* record);
     std::int32_t DoFinishSelector(hostapi::FilterRecord* record);
     std::int32_t RunFilter(hostapi::FilterRecord* record);
+    std::int32_t RequestWholeImage(hostapi::FilterRecord* record);
     std::int32_t RenderWholeImage(hostapi::FilterRecord* record);
     std::int32_t ReportToHost(std::int32_t done, std::int32_t total, std::int32_t quiet);
     std::int32_t ReportToPreview();

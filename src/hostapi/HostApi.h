@@ -6,4 +6,5 @@
 #include "hostapi/FilterRecord.h"
 #include "hostapi/Services.h"
 #include "hostapi/Suites.h"
+#include "hostapi/Timing.h"
 #include "hostapi/Types.h"

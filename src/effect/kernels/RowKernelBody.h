@@ -1,60 +1,87 @@
 // The body of the row kernels over the Vector4 of the including source file. Included inside its
 // unnamed namespace, behind PixelAccess.h.
 
-template <int channels>
-inline Vector4 ShiftPixel(const float* upper, const float* lower, std::ptrdiff_t left,
-                          std::ptrdiff_t right, double share, double lowerShare) {
-    const double keep = 1.0 - share;
-    const double upperShare = 1.0 - lowerShare;
-    return Set(keep * upperShare) * Widen(LoadFloats<channels>(upper + left)) +
-           Set(share * upperShare) * Widen(LoadFloats<channels>(upper + right)) +
-           Set(keep * lowerShare) * Widen(LoadFloats<channels>(lower + left)) +
-           Set(share * lowerShare) * Widen(LoadFloats<channels>(lower + right));
+// Where a run of columns reads, and the weights of its four neighbours.
+struct ShiftRun {
+    const float* upper;
+    const float* lower;
+    std::ptrdiff_t right;  // floats from a column to its right neighbour
+    double weights[4];
+};
+
+inline Vector4 ShiftFour(const ShiftRun& run, std::ptrdiff_t i) {
+    return Set(run.weights[0]) * Widen(_mm_loadu_ps(run.upper + i)) +
+           Set(run.weights[1]) * Widen(_mm_loadu_ps(run.upper + i + run.right)) +
+           Set(run.weights[2]) * Widen(_mm_loadu_ps(run.lower + i)) +
+           Set(run.weights[3]) * Widen(_mm_loadu_ps(run.lower + i + run.right));
 }
 
-template <int channels>
-inline void StoreDoubles(double* to, Vector4 v) {
-    if constexpr (channels == 4) {
-        Store(to, v);
-    } else {
-        double lanes[4];
-        Store(lanes, v);
-        for (int c = 0; c < channels; ++c) {
-            to[c] = lanes[c];
+inline double ShiftOne(const ShiftRun& run, std::ptrdiff_t i) {
+    return run.weights[0] * static_cast<double>(run.upper[i]) +
+           run.weights[1] * static_cast<double>(run.upper[i + run.right]) +
+           run.weights[2] * static_cast<double>(run.lower[i]) +
+           run.weights[3] * static_cast<double>(run.lower[i + run.right]);
+}
+
+// Calls work(run, first column, columns) for each run of from to end. In a run the channels of
+// all its pixels are one row of numbers.
+template <int channels, class Work>
+inline void ForEachRun(const float* upper, const float* lower, const ShiftedColumns& columns,
+                       double lowerShare, std::int32_t from, std::int32_t end, Work work) {
+    const std::int32_t* runEnd = columns.runEnds;
+    for (std::int32_t x = from; x < end;) {
+        while (*runEnd <= x) {
+            ++runEnd;
         }
+        const std::int32_t next = *runEnd < end ? *runEnd : end;
+        const double share = columns.share[x];
+        const double keep = 1.0 - share;
+        const double upperShare = 1.0 - lowerShare;
+        const std::ptrdiff_t left = std::ptrdiff_t{columns.left[x]} * channels;
+        work(ShiftRun{upper + left,
+                      lower + left,
+                      std::ptrdiff_t{columns.right[x] - columns.left[x]} * channels,
+                      {keep * upperShare, share * upperShare, keep * lowerShare,
+                       share * lowerShare}},
+             x, next - x);
+        x = next;
     }
 }
 
-// Three channels leave room for the next pixel, whose store comes after: all but the last may
-// be written as four.
 template <int channels>
 void ShiftToDouble(double* out, const float* upper, const float* lower,
                    const ShiftedColumns& columns, double lowerShare, double gain, std::int32_t from,
                    std::int32_t end) {
-    for (std::int32_t x = from; x < end; ++x) {
-        const Vector4 value =
-            ShiftPixel<channels>(upper, lower, std::ptrdiff_t{columns.left[x]} * channels,
-                                 std::ptrdiff_t{columns.right[x]} * channels, columns.share[x],
-                                 lowerShare) *
-            Set(gain);
-        double* to = out + std::ptrdiff_t{x - from} * channels;
-        if (channels >= 2 && x + 2 < end) {
-            Store(to, value);
-        } else {
-            StoreDoubles<channels>(to, value);
-        }
-    }
+    ForEachRun<channels>(
+        upper, lower, columns, lowerShare, from, end,
+        [out, gain, from](const ShiftRun& run, std::int32_t x, std::int32_t pixels) {
+            double* to = out + std::ptrdiff_t{x - from} * channels;
+            const std::ptrdiff_t count = std::ptrdiff_t{pixels} * channels;
+            std::ptrdiff_t i = 0;
+            for (; i + 4 <= count; i += 4) {
+                Store(to + i, ShiftFour(run, i) * Set(gain));
+            }
+            for (; i < count; ++i) {
+                to[i] = ShiftOne(run, i) * gain;
+            }
+        });
 }
 
 template <int channels>
 void ShiftToFloat(float* out, const float* upper, const float* lower, const ShiftedColumns& columns,
                   double lowerShare, std::int32_t from, std::int32_t end) {
-    for (std::int32_t x = from; x < end; ++x) {
-        const Vector4 value = ShiftPixel<channels>(
-            upper, lower, std::ptrdiff_t{columns.left[x]} * channels,
-            std::ptrdiff_t{columns.right[x]} * channels, columns.share[x], lowerShare);
-        StoreFloats<channels>(out + std::ptrdiff_t{x} * channels, Narrow(value));
-    }
+    ForEachRun<channels>(upper, lower, columns, lowerShare, from, end,
+                         [out](const ShiftRun& run, std::int32_t x, std::int32_t pixels) {
+                             float* to = out + std::ptrdiff_t{x} * channels;
+                             const std::ptrdiff_t count = std::ptrdiff_t{pixels} * channels;
+                             std::ptrdiff_t i = 0;
+                             for (; i + 4 <= count; i += 4) {
+                                 _mm_storeu_ps(to + i, Narrow(ShiftFour(run, i)));
+                             }
+                             for (; i < count; ++i) {
+                                 to[i] = static_cast<float>(ShiftOne(run, i));
+                             }
+                         });
 }
 
 template <int channels>

@@ -8,11 +8,14 @@
 namespace mv {
 
 // Where a row is read with a shift of less than a pixel: for each column the whole column to the
-// left of the place, the share of its right neighbour, and which column that is.
+// left of the place, the share of its right neighbour, and which column that is. Run i of columns
+// ends before runEnds[i], the last one at the width: in a run the columns follow each other, and
+// the share is one and the same.
 struct ShiftedColumns {
     const std::int32_t* left;
     const std::int32_t* right;
     const double* share;
+    const std::int32_t* runEnds;
 };
 
 struct RowKernels {

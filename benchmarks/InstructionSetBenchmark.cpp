@@ -1,0 +1,106 @@
+// The fast forms beside the plain form: the same renders in one process, alternating, medians.
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "TimedRender.h"
+#include "effect/kernels/RayKernels.h"
+
+// The module's sources are part of this program, so that it can choose among their kernels.
+extern "C" void ENTRYPOINT(std::int16_t selector, void* parameterBlock, std::intptr_t* data,
+                           std::int16_t* result);
+
+namespace {
+
+using mv::InstructionSet;
+using mv::benchmarks::RenderCase;
+using mv::benchmarks::RenderTimes;
+
+constexpr struct {
+    InstructionSet set;
+    const char* name;
+} kSets[] = {{InstructionSet::Plain, "plain"},
+             {InstructionSet::Sse2, "SSE2"},
+             {InstructionSet::Avx2, "AVX2"}};
+
+struct Times {
+    std::vector<double> whole;
+    std::vector<double> blur;
+};
+
+double Median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+void Compare(const char* name, const RenderCase& wanted, int repetitions) {
+    mv::host::HostDocument document = mv::benchmarks::MakePicture(wanted);
+    Times times[std::size(kSets)];
+    for (int i = 0; i < repetitions; ++i) {
+        for (std::size_t set = 0; set < std::size(kSets); ++set) {
+            if (!mv::ForceInstructionSet(kSets[set].set)) {
+                continue;
+            }
+            const RenderTimes render = mv::benchmarks::Render(&ENTRYPOINT, wanted, document);
+            times[set].whole.push_back(render.seconds);
+            times[set].blur.push_back(render.stages[mv::benchmarks::kRays] +
+                                      render.stages[mv::benchmarks::kNormalize]);
+        }
+    }
+    for (std::size_t set = 0; set < std::size(kSets); ++set) {
+        if (!times[set].whole.empty()) {
+            const double blur = Median(times[set].blur);
+            const double whole = Median(times[set].whole);
+            std::printf("| %s | %s | %.0f | %.0f | %.2f | %.2f |\n", name, kSets[set].name,
+                        whole * 1e3, blur * 1e3, whole / Median(times[0].whole),
+                        blur / Median(times[0].blur));
+        }
+    }
+    std::fflush(stdout);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const int repetitions = argc > 1 ? std::max(std::atoi(argv[1]), 1) : 5;
+    std::printf("| case, 12 MP | form | whole ms | rays ms | whole / plain | rays / plain |\n");
+    std::printf("|---|---|---:|---:|---:|---:|\n");
+    RenderCase base;
+    base.width = 4243;
+    base.height = 2828;
+    Compare("8 bit RGB", base, repetitions);
+    RenderCase wanted = base;
+    wanted.mode = 2;
+    Compare("8 bit RGB, abberative", wanted, repetitions);
+    wanted = base;
+    wanted.colors = 1;
+    Compare("8 bit gray", wanted, repetitions);
+    wanted = base;
+    wanted.alpha = true;
+    Compare("8 bit RGBA", wanted, repetitions);
+    wanted = base;
+    wanted.depth = 16;
+    Compare("16 bit RGB", wanted, repetitions);
+    wanted = base;
+    wanted.depth = 32;
+    Compare("float RGB", wanted, repetitions);
+    wanted = base;
+    wanted.mask = true;
+    Compare("mask", wanted, repetitions);
+    wanted = base;
+    wanted.soften = 1.0;
+    Compare("soft selection", wanted, repetitions);
+    wanted = base;
+    wanted.holdout = 0.3;
+    Compare("holdout 0.3", wanted, repetitions);
+    wanted = base;
+    wanted.originX = wanted.originY = 0.0;
+    Compare("origin in a corner", wanted, repetitions);
+    wanted = base;
+    wanted.originX = -0.5;
+    wanted.originY = 1.4;
+    Compare("origin outside", wanted, repetitions);
+    return 0;
+}
