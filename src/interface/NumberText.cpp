@@ -13,8 +13,14 @@ bool IsBlank(char c) noexcept {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
+bool IsHexadecimalDigit(char c) noexcept {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+
+// Digits must follow: from_chars would take a sign, "inf" and "nan" there too.
 bool StartsHexadecimal(std::string_view text) noexcept {
-    return text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+    return text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X') &&
+           (IsHexadecimalDigit(text[2]) || text[2] == '.');
 }
 
 // from_chars tells only that a number is out of range, not to which side; the exponent's sign

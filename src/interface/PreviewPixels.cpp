@@ -69,6 +69,20 @@ void ReadColors(const std::uint8_t* pixel, std::int32_t count, double (&values)[
     }
 }
 
+// Bytes of an image without transparency are shown as they stand.
+void CopyBytes(const std::uint8_t* pixel, std::ptrdiff_t stride, std::int32_t columns,
+               std::int32_t colors, bool redFirst, std::uint8_t* target) noexcept {
+    const std::ptrdiff_t red = colors == 2 ? 1 : 0;
+    const std::ptrdiff_t green = colors == 3 ? 1 : 0;
+    const std::ptrdiff_t blue = colors == 3 ? 2 : 0;
+    const std::ptrdiff_t redAt = redFirst ? 0 : 2;
+    for (std::int32_t x = 0; x < columns; ++x, pixel += stride, target += 3) {
+        target[redAt] = pixel[red];
+        target[1] = pixel[green];
+        target[2 - redAt] = colors == 2 ? std::uint8_t{0} : pixel[blue];
+    }
+}
+
 template <class Sample>
 void ConvertRows(const hostapi::FilterRecord& record, const PreviewFormat& format,
                  bool hostDisplays, const PreviewBuffer& buffer) noexcept {
@@ -83,6 +97,10 @@ void ConvertRows(const hostapi::FilterRecord& record, const PreviewFormat& forma
         }
         const std::uint8_t* pixel = source + std::ptrdiff_t{y} * record.outRowBytes;
         std::uint8_t* target = buffer.data + (std::ptrdiff_t{row} * buffer.width) * 3;
+        if (sizeof(Sample) == 1 && !format.hasAlpha) {
+            CopyBytes(pixel, stride, columns, format.colors, hostDisplays, target);
+            continue;
+        }
         const std::int64_t squareRow = std::int64_t{y} * record.imageSize.v / size.height;
         for (std::int32_t x = 0; x < columns; ++x, pixel += stride, target += 3) {
             double values[3];

@@ -17,7 +17,7 @@ void pfParameterUIAngleWin32::Refresh() {
     }
     const TurnsAndDegrees split = SplitAngle(parameter->Get());
     if (Item(turnsId_) != nullptr && !HasFocus(turnsId_)) {
-        SetDlgItemInt(GetWindow(), turnsId_, static_cast<UINT>(split.turns), TRUE);
+        WriteWholeNumber(turnsId_, split.turns);
     }
     if (Item(degreesId_) != nullptr && !HasFocus(degreesId_)) {
         WriteNumber(degreesId_, split.degrees);

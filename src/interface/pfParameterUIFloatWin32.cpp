@@ -54,8 +54,7 @@ bool pfParameterUIFloatWin32::ReadWindow() {
     }
     const auto position =
         static_cast<std::int32_t>(SendMessageA(Item(sliderId_), TBM_GETPOS, 0, 0));
-    // Set tells everybody. Another refresh here would come back through the edit's own
-    // notification, while the slider still has the focus, and never end.
+    // Set tells everybody that the value has changed.
     return parameter->Set(FloatFromSlider(position));
 }
 

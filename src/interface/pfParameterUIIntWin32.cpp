@@ -39,7 +39,7 @@ void pfParameterUIIntWin32::Refresh() {
         SendMessageA(slider, TBM_SETPOS, TRUE, detour.last);
     }
     if (Item(editId_) != nullptr && !HasFocus(editId_)) {
-        SetDlgItemInt(GetWindow(), editId_, static_cast<UINT>(parameter->Get()), TRUE);
+        WriteWholeNumber(editId_, parameter->Get());
     }
     FinishRefresh({editId_, sliderId_});
 }
@@ -54,8 +54,7 @@ bool pfParameterUIIntWin32::ReadWindow() {
     }
     const auto position =
         static_cast<std::int32_t>(SendMessageA(Item(sliderId_), TBM_GETPOS, 0, 0));
-    // Set tells everybody. Another refresh here would come back through the edit's own
-    // notification, while the slider still has the focus, and never end.
+    // Set tells everybody that the value has changed.
     return parameter->Set(position);
 }
 

@@ -44,7 +44,7 @@ void pfParameterUIPositionWin32::RefreshEdit(int id, int size, double fraction) 
     if (!PixelTextMeans(typed, size, fraction)) {
         char text[kNumberCapacity];
         FormatPixel(fraction, size, text);
-        SetDlgItemTextA(GetWindow(), id, text);
+        WriteText(id, text);
     }
 }
 

@@ -8,6 +8,9 @@ namespace {
 
 constexpr int kTypedCapacity = 51;
 
+// Texts being written, one inside the other. Only the dialog's thread writes any.
+int textsBeingWritten = 0;
+
 }  // namespace
 
 bool pfParameterUIWin32::OwnsId(int) const {
@@ -15,6 +18,10 @@ bool pfParameterUIWin32::OwnsId(int) const {
 }
 
 void pfParameterUIWin32::FocusLost(int) {}
+
+bool pfParameterUIWin32::IsWritingText() noexcept {
+    return textsBeingWritten > 0;
+}
 
 HWND pfParameterUIWin32::Item(int id) const noexcept {
     return dialog_ == nullptr || id == kNoId ? nullptr : GetDlgItem(dialog_, id);
@@ -34,10 +41,22 @@ bool pfParameterUIWin32::ReadNumber(int id, double& value) const noexcept {
     return ParseNumber(text, value);
 }
 
+void pfParameterUIWin32::WriteText(int id, const char* text) const noexcept {
+    ++textsBeingWritten;
+    SetDlgItemTextA(dialog_, id, text);
+    --textsBeingWritten;
+}
+
 void pfParameterUIWin32::WriteNumber(int id, double value) const noexcept {
     char text[kNumberCapacity];
     FormatNumber(value, text);
-    SetDlgItemTextA(dialog_, id, text);
+    WriteText(id, text);
+}
+
+void pfParameterUIWin32::WriteWholeNumber(int id, std::int32_t value) const noexcept {
+    ++textsBeingWritten;
+    SetDlgItemInt(dialog_, id, static_cast<UINT>(value), TRUE);
+    --textsBeingWritten;
 }
 
 void pfParameterUIWin32::FinishRefresh(std::initializer_list<int> ids) const noexcept {

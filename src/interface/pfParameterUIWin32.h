@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <initializer_list>
 
 #include "parameters/pfParameterUI.h"
@@ -18,6 +19,9 @@ public:
     virtual bool OwnsId(int id) const;
     // The window with this id has lost the input focus.
     virtual void FocusLost(int id);
+    // Whether this module is writing into an edit at the moment, which notifies the dialog as the
+    // user's typing does.
+    static bool IsWritingText() noexcept;
 
     // The dialog that holds the windows; null before it opens and after it closed.
     void SetWindow(HWND dialog) noexcept { dialog_ = dialog; }
@@ -29,7 +33,9 @@ protected:
     HWND Item(int id) const noexcept;
     bool HasFocus(int id) const noexcept;
     bool ReadNumber(int id, double& value) const noexcept;
+    void WriteText(int id, const char* text) const noexcept;
     void WriteNumber(int id, double value) const noexcept;
+    void WriteWholeNumber(int id, std::int32_t value) const noexcept;
     // The end of every Refresh: enabled, visible, and repainted.
     void FinishRefresh(std::initializer_list<int> ids) const noexcept;
 

@@ -103,7 +103,14 @@ void pfPreviewWin32::HandleCommand(int id, int notification) {
     if (HandleButton(id, notification)) {
         return;
     }
-    if (notification == kClicked || notification == kListSelected || notification == kTextChanged) {
+    if (notification == kTextChanged) {
+        // A text counts only where the user is typing: a refresh writes texts as well.
+        const bool typed =
+            GetFocus() == GetDlgItem(m_hInterface, id) && !pfParameterUIWin32::IsWritingText();
+        if (typed) {
+            ControlChanged(id, true);
+        }
+    } else if (notification == kClicked || notification == kListSelected) {
         ControlChanged(id, true);
     } else if (notification == kFocusLost) {
         if (pfParameterUIWin32* control = FindControl(id)) {

@@ -1,12 +1,11 @@
 // What is remembered between runs: window places, switches, the preset file, the last values.
-#include <cstring>
-#include <iterator>
+#include <string>
 
 #include "diagnostics/Log.h"
 #include "frame/pfFilter.h"
+#include "interface/InterfaceSettings.h"
 #include "interface/LastUsedSettings.h"
 #include "interface/PreviewState.h"
-#include "interface/WindowPlacement.h"
 #include "interface/pfPreviewWin32.h"
 #include "platform/KeyValueStore.h"
 #include "resources/ResourceIds.h"
@@ -29,23 +28,6 @@ void WriteSwitch(KeyValueStore& store, const char* name, const Flag& flag) noexc
     store.Write(name, ValueKind::Binary, &value, sizeof value);
 }
 
-template <class Flag>
-void ReadSwitch(KeyValueStore& store, const char* name, Flag& flag) noexcept {
-    std::uint8_t value = 0;
-    if (store.ReadExactly(name, value)) {
-        flag = value != 0;
-    }
-}
-
-void ReadPresetPath(KeyValueStore& store, std::string& path) {
-    char text[kPresetPathCapacity] = {};
-    std::uint32_t length = 0;
-    if (store.Read(kPresetPath, text, kPresetPathCapacity, length) &&
-        std::memchr(text, '\0', std::size(text)) != nullptr) {
-        path = text;
-    }
-}
-
 bool NormalRect(HWND window, WINDOWPLACEMENT& placement) noexcept {
     placement = {};
     placement.length = sizeof placement;
@@ -55,22 +37,21 @@ bool NormalRect(HWND window, WINDOWPLACEMENT& placement) noexcept {
 }  // namespace
 
 void pfPreviewWin32::RestoreInterface(HWND window) {
-    std::int32_t x = 0;
-    std::int32_t y = 0;
+    InterfaceSettings settings;
+    settings.presetPath = m_strPresetPath;
+    settings.showHandle = showHandle;
+    settings.interruptible = interruptible;
     if (const auto store = OpenKeyValueStore(kSettingsKey)) {
         SetFocus(GetDlgItem(window, IDOK));
-        const bool hasX = store->ReadExactly(kInterfaceX, x);
-        if (store->ReadExactly(kInterfaceY, y) && hasX) {
-            PullOntoScreen(x, y, VirtualScreen());
-        }
-        ReadPresetPath(*store, m_strPresetPath);
+        ReadInterfaceSettings(*store, VirtualScreen(), settings);
+        m_strPresetPath = settings.presetPath;
         WriteLog(kTrace, "UIProcedure - WM_INITDIALOG: PresetPath(", m_strPresetPath, ") )");
-        ReadSwitch(*store, kHideHandle, showHandle);
-        ReadSwitch(*store, kFixedPreview, interruptible);
+        showHandle = settings.showHandle;
+        interruptible = settings.interruptible;
     }
     CheckDlgButton(window, IDC_HIDE_HANDLE, showHandle ? BST_UNCHECKED : BST_CHECKED);
     CheckDlgButton(window, IDC_FIXED_PREVIEW, interruptible ? BST_UNCHECKED : BST_CHECKED);
-    SetWindowPos(window, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+    SetWindowPos(window, nullptr, settings.x, settings.y, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
     ReadLastUsedSettings();
 }
 
@@ -94,14 +75,7 @@ void pfPreviewWin32::StoreInterface(HWND window) noexcept {
 void pfPreviewWin32::RestorePreview(HWND window) noexcept {
     WindowPlacement placement = kDefaultPreviewPlacement;
     if (const auto store = OpenKeyValueStore(kSettingsKey)) {
-        const bool hasX = store->ReadExactly(kPreviewX, placement.x);
-        const bool hasY = store->ReadExactly(kPreviewY, placement.y);
-        const bool hasWidth = store->ReadExactly(kPreviewWidth, placement.width);
-        const bool hasHeight = store->ReadExactly(kPreviewHeight, placement.height);
-        store->ReadExactly(kPreviewState, placement.state);
-        if (hasX && hasY && hasWidth && hasHeight) {
-            PullOntoScreen(placement.x, placement.y, VirtualScreen());
-        }
+        ReadPreviewPlacement(*store, VirtualScreen(), placement);
     } else {
         placement = FirstPreviewPlacement(
             {GetSystemMetrics(SM_CXFULLSCREEN), GetSystemMetrics(SM_CYFULLSCREEN)});

@@ -32,6 +32,32 @@ CheckLinuxLibraries() {
         sed 's/^/radial_blur.so needs /'
 }
 
+# No segment is written and run, the stack holds no code, and what the loader has filled in is
+# closed for writing.
+CheckLinuxHardening() {
+    local segments
+    Present "$native/radial_blur.so" || return 0
+    segments="$(readelf -lW "$native/radial_blur.so")"
+    awk '$1 == "LOAD" && / RWE / { print "radial_blur.so: a segment is written and run" }
+         $1 == "GNU_STACK" { stack = 1 }
+         $1 == "GNU_STACK" && / RWE / { print "radial_blur.so: its stack would hold code" }
+         $1 == "GNU_RELRO" { closed = 1 }
+         END { if (!stack) print "radial_blur.so does not say that its stack holds no code"
+               if (!closed) print "radial_blur.so leaves the loader'"'"'s tables open" }' <<<"$segments"
+    ! readelf -dW "$native/radial_blur.so" | grep -q TEXTREL ||
+        echo "radial_blur.so has relocations in its code"
+}
+
+# Far more than the modules take, so that whatever gets in by accident is noticed.
+CheckModuleSizes() {
+    local file size
+    for file in "$native/radial_blur.so" "$windows/radial_blur.8bf"; do
+        Present "$file" || continue
+        size="$(stat -c %s "$file")"
+        [[ "$size" -le 8388608 ]] || echo "$file has $size bytes, which is more than 8 MiB"
+    done
+}
+
 # The names in a PE file's export table.
 WindowsExports() {
     "$objdump" -p "$1" | tr -d '\r' | awk '
@@ -70,6 +96,9 @@ CheckWindowsHardening() {
         "$objdump" -h "$file" | tr -d '\r' | awk -v file="$file" '
             $1 ~ /^[0-9]+$/ { name = $2; next }
             /CODE/ && !/READONLY/ { print file ": section " name " is written and run" }'
+        # Without it the system cannot place the file elsewhere, whatever the flags say.
+        "$objdump" -h "$file" | grep -q '[[:space:]][.]reloc[[:space:]]' ||
+            echo "$file has no table of relocations"
     done
 }
 
@@ -88,4 +117,26 @@ CheckWindowsRelink() {
         echo "two links of the module differ"
     fi
     rm -r "$again"
+}
+
+# The long form of it: everything is built again from the sources, in another folder and without the
+# compiler's cache, and both modules are the same files to the byte.
+CheckTwoBuilds() {
+    local folder preset module
+    [[ -n "${RADIAL_BLUR_LONG:-}" ]] || return 0
+    Present "$windows/radial_blur.8bf" && Present "$native/radial_blur.so" || return 0
+    folder="$(mktemp -d)"
+    for preset in windows native-release; do
+        cmake --preset "$preset" -B "$folder/$preset" -DRADIAL_BLUR_TESTS=OFF \
+            -DRADIAL_BLUR_BENCHMARKS=OFF >/dev/null
+        CCACHE_DISABLE=1 cmake --build "$folder/$preset" --target radial_blur >"$folder/log" ||
+            tail -n 20 "$folder/log"
+    done
+    for module in "$windows/radial_blur.8bf" "$native/radial_blur.so"; do
+        preset=windows
+        [[ "$module" != *.so ]] || preset=native-release
+        cmp "$module" "$folder/$preset/$(basename "$module")" ||
+            echo "two builds of $(basename "$module") differ"
+    done
+    rm -r "$folder"
 }

@@ -14,6 +14,7 @@ failed=0
 MakeTree() {
     rm -rf "$work/tree"
     mkdir -p "$work"/tree/{src/{effect,image,parameters,interface,hostapi,frame,platform/win32},docs}
+    mkdir -p "$work"/tree/{host/program/presets,presets,docs/images/presets}
     cd "$work/tree" || exit 2
     printf 'project(radial_blur VERSION 1.0.0 LANGUAGES CXX)\n' >CMakeLists.txt
     printf '# Changes\n\n## [1.0.0]\n' >CHANGELOG.md
@@ -28,6 +29,17 @@ MakeTree() {
     printf '#include <windows.h>\n' >src/platform/win32/Clock.cpp
     printf '#pragma once\n#include "hostapi/Types.h"\n' >src/hostapi/Record.h
     printf '#pragma once\n' >src/hostapi/Types.h
+    printf '#include "hostapi/Types.h"\n' >host/program/Run.cpp
+    printf '#include "parameters/Values.h"\n' >host/program/presets/File.cpp
+    printf 'FileOwner RadialBlur\n\nname rays\nStrength 1\n' >presets/radial_blur.cfg
+    printf '# Presets\n\n### `rays`\n' >docs/presets.md
+    printf 'x' >docs/images/presets/rays.jpg
+    mkdir -p src/resources
+    printf 'IDD_INTERFACE DIALOGEX 0, 0, 9, 9\nBEGIN\n    LTEXT "length", -1\nEND\n' \
+        >src/resources/Dialogs.rc
+    printf '# Manual\n\n### Length\n\n`--length`: 0 to 9;\ndefault 5\n\n' >docs/manual.md
+    printf '![Lengths](images/presets/rays.jpg)\n\n### Table\n\n' >>docs/manual.md
+    printf '| Length | length | `--length` | 0 to 9 | 5 |\n' >>docs/manual.md
 }
 
 # Expect <what> <check> <text that the findings must hold, or nothing if the check must pass>
@@ -66,6 +78,12 @@ Breaks "a dialog that includes a stage" CheckDoorsOfTheInterface \
     "src/interface/Dialog.h reaches effect/Stage.h" src/interface/Dialog.h '#include "effect/Stage.h"\n'
 Breaks "a host interface that includes an image" CheckDoorsOfTheHostApi \
     "src/hostapi/Record.h reaches image/Image.h" src/hostapi/Record.h '#include "image/Image.h"\n'
+Breaks "a program that includes a parameter" CheckDoorsOfTheHost \
+    "host/program/Run.cpp includes parameters/Values.h" host/program/Run.cpp \
+    '#include "parameters/Values.h"\n'
+Breaks "a program's presets that include a stage" CheckDoorsOfTheHost \
+    "host/program/presets/File.cpp includes effect/Stage.h" host/program/presets/File.cpp \
+    '#include "effect/Stage.h"\n'
 Breaks "an image that includes Windows' header" CheckWindowsHeaders \
     "src/image/Image.h includes <windows.h>" src/image/Image.h '#include <windows.h>\n'
 Breaks "a dialog's logic that includes Windows' header" CheckWindowsHeaders \
@@ -98,8 +116,40 @@ Breaks "a link to a heading that is not there" CheckLinksInDocuments \
     "README.md links to docs/page.md#gone" README.md '[gone](docs/page.md#gone)\n'
 Breaks "a command that the script does not know" CheckCommandsInDocuments \
     "README.md shows './dev dance'" README.md 'Run `./dev dance`.\n'
+Breaks "a preset that is on no page" CheckPresetGallery \
+    "docs/presets.md lacks the preset zoom" presets/radial_blur.cfg '\nname zoom\n'
+Breaks "a page with a preset that is not there" CheckPresetGallery \
+    "presets/radial_blur.cfg lacks the preset zoom" docs/presets.md '\n### `zoom`\n'
+Breaks "a picture of no preset" CheckPresetGallery \
+    "has a picture too much: zoom" docs/images/presets/zoom.jpg 'x'
 Breaks "a README that is too long" CheckReadmeLength \
     "README.md has 153 lines" README.md "$(printf '\\n%.0s' {1..150})"
+# A program with one parameter.
+List() {
+    mkdir -p "$work/native"
+    printf '#!/bin/sh\ncat <<END\nLength\n  option   --length, --long\n  range    %s\n' "$1" \
+        >"$work/native/radial-blur"
+    printf '  default  %s\nEND\n' "$2" >>"$work/native/radial-blur"
+    chmod +x "$work/native/radial-blur"
+}
+List "0 to 9" 5
+Breaks "a control that the manual does not name" CheckManualControls \
+    "does not name the control 'width'" src/resources/Dialogs.rc \
+    'IDD_INTERFACE X\n    AUTOCHECKBOX "width", 5\nEND\n'
+MakeTree
+Expect "a manual with the true ranges" CheckManualParameters ""
+List "0 to 8" 5
+Expect "a manual with another range" CheckManualParameters \
+    "lacks '0 to 8; default 5' in the chapter Length"
+List "0 to 9" 6
+Expect "a manual with another default" CheckManualParameters \
+    "has no row of Length with --length, 0 to 9, 6"
+printf '#!/bin/sh\n' >"$work/native/radial-blur"
+Expect "a program that lists nothing" CheckManualParameters "lists no parameters"
+rm -r "$work/native"
+Expect "small pictures" CheckPictureSizes ""
+truncate -s 6000000 docs/images/large.png
+Expect "pictures that are too large" CheckPictureSizes "docs/images holds 6000001 bytes"
 MakeTree
 Expect "a change log with this version" CheckVersions ""
 printf 'project(radial_blur VERSION 1.0.1 LANGUAGES CXX)\n' >CMakeLists.txt
@@ -118,6 +168,13 @@ Expect "a module without foreign libraries" CheckLinuxLibraries ""
 g++ -shared -fPIC -fvisibility=hidden one.cpp two.cpp -Wl,--no-as-needed -lpng \
     -o native/radial_blur.so
 Expect "a module with two exports" CheckLinuxExports "Another"
+Expect "a module with all protections" CheckLinuxHardening ""
+g++ -shared -fPIC one.cpp -z execstack -o native/radial_blur.so
+Expect "a module with code on its stack" CheckLinuxHardening "its stack would hold code"
+g++ -shared -fPIC one.cpp -z norelro -o native/radial_blur.so
+Expect "a module whose tables stay open" CheckLinuxHardening "leaves the loader's tables open"
+g++ -shared -fPIC -fvisibility=hidden one.cpp two.cpp -Wl,--no-as-needed -lpng \
+    -o native/radial_blur.so
 Expect "a module with a foreign library" CheckLinuxLibraries "needs libpng"
 
 windowsCompiler=x86_64-w64-mingw32-g++-posix
@@ -129,6 +186,9 @@ sed 's/visibility("default")/dllexport/' two.cpp >twoWindows.cpp
 Expect "a Windows module with one export" CheckWindowsExports ""
 Expect "Windows files with Windows' libraries only" CheckWindowsImports ""
 Expect "Windows files with all protections" CheckWindowsHardening ""
+Expect "modules of a usual size" CheckModuleSizes ""
+truncate -s 9000000 windows/radial_blur.8bf
+Expect "a module that has grown" CheckModuleSizes "more than 8 MiB"
 "$windowsCompiler" -shared -static oneWindows.cpp twoWindows.cpp -lws2_32 \
     -Wl,--disable-nxcompat -o windows/radial_blur.8bf
 Expect "a Windows module with two exports" CheckWindowsExports "Another"
@@ -137,6 +197,11 @@ printf 'extern "C" int __stdcall timeGetTime();\nint main() { return timeGetTime
 "$windowsCompiler" main.cpp -o windows/radial-blur.exe -lwinmm
 Expect "a Windows program with a foreign library" CheckWindowsImports \
     "radial-blur.exe imports winmm.dll"
+
+"$windowsCompiler" main.cpp -o windows/radial-blur.exe -lwinmm -Wl,--disable-reloc-section \
+    -Wl,--disable-dynamicbase
+Expect "a Windows program that is not relocatable" CheckWindowsHardening \
+    "has no table of relocations"
 
 # A link that keeps the time of day, beside one that does not.
 RelinkWith() {

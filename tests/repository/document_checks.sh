@@ -1,4 +1,5 @@
 # shellcheck shell=bash
+# shellcheck disable=SC2016,SC2154 # Backticks are Markdown's; native is set by the reading script.
 # shellcheck disable=SC2143 # grep -q would end the pipe early, and pipefail takes that for a failure.
 # Checks of the Markdown documents. Each function prints what it finds wrong, and nothing if all
 # is well.
@@ -33,6 +34,7 @@ LooksLikePath() {
     [[ "$word" =~ ^[A-Za-z0-9_.*/-]+$ ]] || return 1
     case "$word" in
         build/* | ./build/* | /* | -* | . | .. | ./) return 1 ;;
+        *.deb | *.zip | *.tar.gz) return 1 ;; # What packing makes.
         ./*) return 0 ;;
         windows.h) return 1 ;; # The platform's own.
         *.md | *.cmake | *.h | *.cpp | *.sh | *.rc | CMakeLists.txt | CMakePresets.json) return 0 ;;
@@ -118,4 +120,72 @@ CheckVersions() {
     version="$(sed -n 's/^project(radial_blur VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)"
     [[ -n "$version" ]] || echo "CMakeLists.txt states no version"
     grep -qF "## [$version]" CHANGELOG.md || echo "CHANGELOG.md has no chapter for $version"
+}
+
+# The page of the presets and the shipped file name the same looks in the same order, and there is a
+# picture of each and none besides.
+CheckPresetGallery() {
+    local file=presets/radial_blur.cfg page=docs/presets.md pictures=docs/images/presets
+    diff <(sed -n 's/^name //p' "$file") <(sed -n 's/^### `\(.*\)`$/\1/p' "$page") |
+        sed -n "s|^< |$page lacks the preset |p; s|^> |$file lacks the preset |p"
+    diff <(sed -n 's/^name //p' "$file" | sort) \
+        <(find "$pictures" -name '*.jpg' ! -name 'scene-*' -printf '%f\n' | sed 's/[.]jpg$//' | sort) |
+        sed -n "s|^< |$pictures lacks a picture of |p; s|^> |$pictures has a picture too much: |p"
+    [[ -s "$file" && -s "$page" ]] || echo "there is no $file or no $page"
+}
+
+# Lines "parameter TAB option TAB range TAB default", from the program's own table.
+ParameterLines() {
+    "$native/radial-blur" --list-parameters | tr -d '\r' | awk '
+        /^[^ ]/ { name = $1 }
+        $1 == "option" { option = $2; sub(/,$/, "", option) }
+        $1 == "range" { range = $0; sub(/^ *range +/, "", range) }
+        $1 == "default" {
+            value = $0
+            sub(/^ *default +/, "", value)
+            print name "\t" option "\t" range "\t" value
+        }'
+}
+
+# The manual's chapter of that name as one line, without its backticks.
+ManualChapter() {
+    awk -v name="$1" '/^#/ { inside = ($0 == "### " name); next } inside' docs/manual.md |
+        tr -d '`' | tr '\n' ' '
+}
+
+# Each parameter has a chapter with its option, its true range and default, and a picture, and a row
+# in the table at the end with the same. The list of blend modes is too long for the table.
+CheckManualParameters() {
+    local name option range value chapter row count=0
+    Present "$native/radial-blur" || return 0
+    while IFS=$'\t' read -r name option range value; do
+        count=$((count + 1))
+        chapter="$(ManualChapter "$name")"
+        [[ "$chapter" == *"$option"* ]] || echo "docs/manual.md lacks $option in the chapter $name"
+        [[ "$chapter" == *"$range; default $value "* ]] ||
+            echo "docs/manual.md lacks '$range; default $value' in the chapter $name"
+        [[ "$chapter" == *"](images/"* ]] || echo "docs/manual.md shows no picture of $name"
+        [[ "$name" != BlendMode ]] || range="[the 23 modes](#blendmode)"
+        row="$(grep -F "| $name | " docs/manual.md)"
+        [[ "$row" == *"| \`$option\` | $range | $value |" ]] ||
+            echo "docs/manual.md has no row of $name with $option, $range, $value"
+    done < <(ParameterLines)
+    [[ "$count" -gt 0 ]] || echo "the program lists no parameters"
+}
+
+# Each text of the dialog stands in the manual.
+CheckManualControls() {
+    local text
+    awk '/^IDD_INTERFACE /, /^END/' src/resources/Dialogs.rc |
+        sed -nE 's/^ *(LTEXT|GROUPBOX|PUSHBUTTON|DEFPUSHBUTTON|AUTOCHECKBOX) "([^"]+)".*/\2/p' |
+        sort -u | while IFS= read -r text; do
+        grep -qF -- "$text" docs/manual.md || echo "docs/manual.md does not name the control '$text'"
+    done
+}
+
+# The documents' pictures stay small enough for a clone and an archive.
+CheckPictureSizes() {
+    local bytes
+    bytes="$(find docs/images -type f -printf '%s\n' | awk '{ sum += $1 } END { print sum + 0 }')"
+    [[ "$bytes" -lt 6000000 ]] || echo "docs/images holds $bytes bytes; 6000000 is the limit"
 }

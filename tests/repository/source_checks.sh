@@ -69,6 +69,19 @@ CheckDoorsOfTheHostApi() {
         grep -v ' reaches hostapi/'
 }
 
+# The host drives the module and is not linked with it: of src/ it sees the interface alone. Only the
+# presets of the command line are read and written by the module's own code.
+CheckDoorsOfTheHost() {
+    local files
+    mapfile -t files < <(SourceFiles host)
+    Includes "${files[@]}" | awk -F '\t' '
+        $2 ~ /^(platform|diagnostics|image|effect|parameters|frame|interface|resources)\// &&
+        !($1 ~ /^host\/program\/presets\// &&
+          $2 ~ /^(parameters\/|platform\/FileReplace[.]h$)/) {
+            print $1 " includes " $2 ": the host sees hostapi/ alone"
+        }'
+}
+
 # Windows' own headers are seen by two rooms only.
 CheckWindowsHeaders() {
     local files

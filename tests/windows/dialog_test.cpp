@@ -325,8 +325,7 @@ TEST_F(Dialog, TabGoesThroughTheControlsInTheResourcesOrder) {
     for (std::size_t i = 0; i + 1 < std::size(order); ++i) {
         EXPECT_EQ(GetDlgCtrlID(user->FocusedWindow()), order[i]);
         PostMessageA(user->FocusedWindow(), WM_KEYDOWN, VK_TAB, 1);
-        ASSERT_TRUE(
-            Eventually([&] { return GetDlgCtrlID(user->FocusedWindow()) == order[i + 1]; }, 2000))
+        ASSERT_TRUE(Eventually([&] { return GetDlgCtrlID(user->FocusedWindow()) == order[i + 1]; }))
             << "after " << order[i] << " stands " << GetDlgCtrlID(user->FocusedWindow());
     }
 }

@@ -3,10 +3,44 @@
 
 RunBench() {
     [[ -f benchmarks/CMakeLists.txt ]] || Die "there are no benchmarks in this checkout"
+    if [[ "${1:-}" == dialog ]]; then
+        shift
+        BenchDialog "$@"
+        return
+    fi
     NeedPackages native
+    if [[ "${1:-}" == --peers ]]; then
+        shift
+        BenchPeers "$@"
+        return
+    fi
+    if [[ "${1:-}" == --sets ]]; then
+        shift
+        Build native-release instruction_set_benchmarks
+        build/native/instruction_set_benchmarks "$@"
+        return
+    fi
     Build native-release radial_blur benchmarks
     Say "Running the benchmarks"
     build/native/radial_blur_benchmarks "$@"
+}
+
+# The module beside what a user could pick instead, on the same pictures.
+BenchPeers() {
+    NeedPackages peers
+    # The target exists where OpenCV was there when the build was configured.
+    Build native-release radial_blur
+    Build native-release peer_benchmarks
+    Say "Running the module and its peers in turn"
+    build/native/peer_benchmarks --folder build/peers "$@"
+}
+
+# How fast the dialog of the Windows module answers while it renders a large preview.
+BenchDialog() {
+    NeedPackages windows wine
+    Build windows radial_blur dialog_latency
+    Say "Opening the dialog on a large picture under Wine"
+    tests/windows/run_under_wine.sh build/windows/dialog_latency.exe "$@"
 }
 
 # Each fuzz target runs for so many seconds on a corpus that stays in the build folder.

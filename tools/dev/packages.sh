@@ -7,16 +7,22 @@ PackageGroup() {
         # To build the Linux side, its tests and benchmarks.
         native)
             printf '%s\n' g++ cmake ninja-build ccache pkg-config libcli11-dev libpng-dev \
-                libtiff-dev googletest libgtest-dev libgmock-dev libbenchmark-dev
+                libtiff-dev zlib1g-dev googletest libgtest-dev libgmock-dev libbenchmark-dev locales
             ;;
         # To build for Windows.
         windows) printf '%s\n' g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 ;;
         # To run what was built for Windows on a screen of its own, and take pictures of it.
         wine) printf '%s\n' wine64 xvfb xauth x11-utils imagemagick procps ;;
+        # To make the archives that people download, and to look into them.
+        package) printf '%s\n' zip unzip cmark-gfm dpkg-dev xz-utils ;;
+        # To sign the Windows files.
+        sign) printf '%s\n' osslsigncode ;;
         # To check and set the format.
         format) printf '%s\n' clang-format ;;
         # The second compiler with its sanitizers and fuzzer.
-        clang) printf '%s\n' clang libclang-rt-14-dev llvm ;;
+        clang) printf '%s\n' clang libclang-rt-14-dev llvm valgrind ;;
+        # Other tools' radial blurs, to compare with.
+        peers) printf '%s\n' gimp gmic libopencv-dev ;;
         # The analysers.
         lint) printf '%s\n' clang-tidy shellcheck ;;
         *) Die "there is no package group '$1'" ;;
@@ -60,6 +66,6 @@ InstallPackages() {
 }
 
 RunSetup() {
-    NeedPackages native windows wine format clang lint
+    NeedPackages native windows wine package format clang lint
     Say "All packages are installed"
 }

@@ -1,12 +1,12 @@
 # shellcheck shell=bash
-# The main job on the sample picture: the defaults and three looks.
+# The main job on the sample picture: the defaults and three of the shipped looks.
 
-# The looks: a name, then the options of the command line.
+# What is rendered: a name, then the options of the command line.
 sampleLooks=(
     "defaults"
-    "soft_zoom      --strength 0.12 --holdout 0.2"
-    "sun_rays       --origin 0.3,0.25 --strength 0.9 --low 170 --soften 0.5 --blend screen"
-    "colour_streaks --mode abberative --strength 0.5 --holdout 0.1"
+    "sun_rays          --preset presets/radial_blur.cfg:sun_rays"
+    "soft_zoom         --preset presets/radial_blur.cfg:soft_zoom --origin 0.3,0.25"
+    "chromatic_streaks --preset presets/radial_blur.cfg:chromatic_streaks --origin 0.3,0.25 --intensity 1"
 )
 
 RunSample() {

@@ -28,14 +28,15 @@ Step() {
 
 # RunCtest <build folder> <name> [ctest arguments...]
 RunCtest() {
-    local folder="$1" name="$2" junit log="$testLogs/$2.log"
+    local folder="$1" name="$2" junit log="$testLogs/$2.log" limit=300
     shift 2
+    [[ -z "${RADIAL_BLUR_LONG:-}" ]] || limit=7200
     mkdir -p "$testLogs"
     junit="$PWD/$testLogs/$name.xml"
     rm -f "$junit"
     Say "Running the tests in $folder ($name)"
     # Thousands of lines "Passed" say little; every hundredth is kept as a sign of life.
-    ctest --test-dir "$folder" --parallel "$(Jobs)" --timeout 300 --output-on-failure \
+    ctest --test-dir "$folder" --parallel "$(Jobs)" --timeout "$limit" --output-on-failure \
         --no-tests=error --output-junit "$junit" "$@" 2>&1 | tee "$log" |
         awk '!/ Passed / && !/^ *Start +[0-9]+:/ || / Passed / && ++passed % 100 == 0 {
                  print; fflush() }' || true
@@ -65,29 +66,49 @@ Attribute() {
     sed -n "s/.*[[:space:]]$1=\"\([0-9]*\)\".*/\1/p" <<<"$2"
 }
 
-# Every test program that was built for Windows, each whole in one run under Wine.
+# Every test program that was built for Windows, under Wine: as many at a time as there are
+# processors. The tests of the dialog mostly wait for windows, so they run in two parts.
 RunWindowsTests() {
-    local programs program
+    local programs program part parts names=() name
     mapfile -t programs < <(find build/windows -type f \( -name '*_tests.exe' -o -name '*_test.exe' \) |
-        sort)
+        sort -r)
     [[ ${#programs[@]} -gt 0 ]] || Count 0 1 "Windows tests, of which there are none,"
+    mkdir -p "$testLogs"
+    # What runs in the background does not hear Ctrl-C.
+    # shellcheck disable=SC2046 # One number for each word.
+    trap 'kill $(jobs -p) 2>/dev/null; exit 130' INT TERM
     for program in "${programs[@]}"; do
-        RunUnderWine "$program"
+        name="$(basename "$program")"
+        parts=1
+        [[ "$name" != windows_tests.exe ]] || parts=2
+        for ((part = 1; part <= parts; ++part)); do
+            [[ "$parts" -eq 1 ]] || name="$(basename "$program")-$part"
+            names+=("$name")
+            while [[ "$(jobs -pr | wc -l)" -ge "$(Jobs)" ]]; do
+                wait -n || true
+            done
+            Say "Running $name under Wine"
+            GTEST_TOTAL_SHARDS="$parts" GTEST_SHARD_INDEX="$((part - 1))" \
+                RunUnderWine "$program" "$name" &
+        done
+    done
+    wait
+    trap - INT TERM
+    for name in "${names[@]}"; do
+        CountGoogleTest "$testLogs/$name.log" "$(cat "$testLogs/$name.status")" "$name"
+        rm -f "$testLogs/$name.status"
     done
 }
 
+# RunUnderWine <program> <name>: leaves what it said and its status in the logs.
 RunUnderWine() {
-    local program="$1" name log status=0 limit=600 arguments=(--gtest_color=no)
-    name="$(basename "$program")"
-    log="$testLogs/$name.log"
-    mkdir -p "$testLogs"
+    local program="$1" name="$2" status=0 limit=900 arguments=(--gtest_color=no)
     # The end-to-end tests take the module as their argument.
     [[ "$name" != host_endtoend_test.exe ]] || arguments+=(build/windows/radial_blur.8bf)
-    [[ -z "${RADIAL_BLUR_TEST_LONG:-}" ]] || limit=7200
-    Say "Running $name under Wine"
+    [[ -z "${RADIAL_BLUR_LONG:-}" ]] || limit=7200
     timeout --kill-after=30 "$limit" tests/windows/run_under_wine.sh "$program" "${arguments[@]}" \
-        </dev/null >"$log" 2>&1 || status=$?
-    CountGoogleTest "$log" "$status" "$name"
+        </dev/null >"$testLogs/$name.log" 2>&1 || status=$?
+    echo "$status" >"$testLogs/$name.status"
 }
 
 # Reads the closing lines of a GoogleTest program; an unclean end without a failed test counts as
@@ -120,11 +141,12 @@ GoogleTestFigure() {
     echo "${figure:-0}"
 }
 
-# The checks of the repository itself and the test of these checks.
+# The checks of the repository itself, the test of these checks, and the documents' commands.
 RunRepositoryChecks() {
     local script log counts
     mkdir -p "$testLogs"
-    for script in tests/repository/check_repository.sh tests/repository/check_repository_test.sh; do
+    for script in check_repository check_repository_test run_documents; do
+        script=tests/repository/$script.sh
         log="$testLogs/$(basename "$script" .sh).log"
         Say "Running $script"
         "$script" >"$log" 2>&1 || grep -A 20 '^FAILED' "$log" || true
@@ -146,20 +168,24 @@ CheckFormat() {
 RunTest() {
     case "${1:-}" in
         "") ;;
-        --long) export RADIAL_BLUR_TEST_LONG=1 ;;
+        --long) export RADIAL_BLUR_LONG=1 ;;
         *) Die "'test' knows the option --long only, but got '$1'" ;;
     esac
     [[ $# -le 1 ]] || Die "'test' takes one option at most"
     NeedPackages native windows wine format
+    [[ -z "${RADIAL_BLUR_LONG:-}" ]] || NeedPackages package
     Step "format" CheckFormat
     Step "Linux build" Build native-release
     Step "Windows build" Build windows
+    Say "$(stat -c '%n: %s bytes' build/native/radial_blur.so build/windows/radial_blur.8bf |
+        paste -sd ',' | sed 's/,/, /g')"
     # The Linux run writes the bytes of its renders, and the Windows run compares its own with them.
     mkdir -p "$testLogs"
     RADIAL_BLUR_WRITE_RESULTS="$PWD/$testLogs/renders.bin" RunCtest build/native native
     RADIAL_BLUR_READ_RESULTS="$testLogs/renders.bin" RunWindowsTests
     rm -f "$testLogs/renders.bin"
     RunRepositoryChecks
+    [[ -z "${RADIAL_BLUR_LONG:-}" ]] || Step "packages" CheckPackages
     Say "Logs are in $PWD/$testLogs"
     printf '%d passed, %d failed\n' "$totalPassed" "$totalFailed"
     [[ "$totalFailed" -eq 0 ]]

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
@@ -17,6 +18,7 @@ namespace {
 
 // What is larger than this is no file of ours.
 constexpr std::size_t kLargestFile = std::size_t{1} << 30;
+constexpr std::size_t kFirstReadStep = 4096;
 constexpr std::size_t kReadStep = std::size_t{1} << 20;
 constexpr int kLockTries = 1000;
 constexpr mode_t kNewFileMode = 0666;
@@ -164,8 +166,10 @@ FileRead ReadWholeFile(const std::string& path, std::string& content) noexcept {
             if (used > kLargestFile) {
                 return FileRead::Failed;
             }
-            content.resize(used + kReadStep);
-            const ssize_t count = read(file.Get(), content.data() + used, kReadStep);
+            // Small files are the usual ones; a large one is read in ever larger pieces.
+            const std::size_t step = std::clamp(used, kFirstReadStep, kReadStep);
+            content.resize(used + step);
+            const ssize_t count = read(file.Get(), content.data() + used, step);
             content.resize(used + (count > 0 ? static_cast<std::size_t>(count) : 0));
             if (count == 0) {
                 return FileRead::Done;

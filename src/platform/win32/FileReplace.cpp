@@ -13,6 +13,7 @@ namespace {
 // What is larger than this is no file of ours.
 constexpr std::size_t kLargestFile = std::size_t{1} << 30;
 constexpr DWORD kStep = DWORD{1} << 20;
+constexpr DWORD kFirstReadStep = 4096;
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr int kMoveTries = 50;
 constexpr DWORD kMovePause = 10;
@@ -162,9 +163,12 @@ FileRead ReadWholeFile(const std::string& path, std::string& content) noexcept {
             if (used > kLargestFile) {
                 return FileRead::Failed;
             }
-            content.resize(used + kStep);
+            // Small files are the usual ones; a large one is read in ever larger pieces.
+            const auto step =
+                static_cast<DWORD>(std::clamp<std::size_t>(used, kFirstReadStep, kStep));
+            content.resize(used + step);
             DWORD count = 0;
-            const bool done = ReadFile(file.Get(), content.data() + used, kStep, &count, nullptr);
+            const bool done = ReadFile(file.Get(), content.data() + used, step, &count, nullptr);
             content.resize(used + (done ? count : 0));
             if (!done) {
                 return FileRead::Failed;

@@ -6,6 +6,7 @@
 #include <tiffio.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstring>
 
 #include "pictures/PictureFile.h"
@@ -373,6 +374,22 @@ TEST_F(DiskTest, ThePlainTiffReaderUnderstandsWhatTheTagsSay) {
     // The first sample is the third one from white: 65535 - 3.
     EXPECT_EQ(picture.samples[0], 0xFC);
     EXPECT_EQ(picture.samples[1], 0xFF);
+}
+
+// Each entry of the directory claims more than the file holds: none is made room for.
+TEST_F(DiskTest, ThePlainTiffReaderMakesNoRoomForWhatIsNotThere) {
+    constexpr unsigned kEntries = 20000;
+    Bytes file = {'I', 'I', 42, 0, 8, 0, 0, 0, kEntries & 255U, kEntries >> 8};
+    for (unsigned i = 0; i < kEntries; ++i) {
+        // A profile of 2^26 bytes, which would begin at the beginning.
+        file.insert(file.end(), {0x73, 0x87, 7, 0, 0, 0, 0, 4, 0, 0, 0, 0});
+    }
+    WriteBytes(folder_ / "in.tif", file);
+    const auto start = std::chrono::steady_clock::now();
+    TiffFacts facts;
+    EXPECT_FALSE(ReadTiffFacts(folder_ / "in.tif", facts).has_value());
+    EXPECT_TRUE(facts.iccProfile.empty());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 TEST_F(DiskTest, DescribingAPngReplacesWhatWasThere) {

@@ -355,6 +355,31 @@ TEST_F(HostSessionTest, BehindAGuardedBufferNothingCanBeRead) {
     EXPECT_TRUE(session.Run().stored);
 }
 
+// A whole input is the picture itself; output is a copy.
+TEST_F(HostSessionTest, CopiesCanBeSpared) {
+    const void* input = nullptr;
+    OnStart([&](FilterRecord& record) {
+        record.inRect = record.outRect = {0, 0, 2, 16};
+        record.inHiPlane = record.outHiPlane = 0;
+        EXPECT_EQ(record.advanceState(), hostapi::noErr);
+        input = record.inData;
+        EXPECT_NE(record.outData, record.inData);
+        EXPECT_EQ(record.outRowBytes, 16);
+        static_cast<std::uint8_t*>(record.outData)[17] = 99;
+        record.inRect = {0, 1, 2, 16};
+        EXPECT_EQ(record.advanceState(), hostapi::noErr);
+        EXPECT_EQ(record.inRowBytes, 15);  // a part is a copy
+        record.inRect = record.outRect = {};
+        return hostapi::noErr;
+    });
+    HostSession session(TestModule, MakeDocument(Numbered(16, 2, 1, 8), false),
+                        {.freshBytes = FreshBytes::Unset, .sparesCopies = true});
+    EXPECT_TRUE(session.Run().stored);
+    EXPECT_EQ(input, session.Source().bytes.data());
+    EXPECT_EQ(session.Result().Get(1, 1, 0), 99.0);
+    EXPECT_EQ(session.Result().Get(2, 1, 0), session.Source().Get(2, 1, 0));
+}
+
 const hostapi::PSBufferSuite1* AcquireBuffers(FilterRecord& record) {
     const void* suite = nullptr;
     EXPECT_EQ(record.sSPBasic->AcquireSuite(hostapi::kPSBufferSuite, 1, &suite), 0);

@@ -2,8 +2,11 @@
 // the right status, nothing left behind, and the next render is right.
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "RandomJobs.h"
 #include "RenderJob.h"
+#include "TestLength.h"
 
 namespace endtoend {
 namespace {
@@ -81,6 +84,31 @@ TEST(BufferFault, EveryRequestOfAView) {
     FailEveryBuffer(job);
 }
 
+TEST(BufferFault, EveryRequestOfEveryShapeInBothModes) {
+    for (int shape = 0; shape < kShapes; ++shape) {
+        for (const int mode : {1, 2}) {
+            SCOPED_TRACE("shape " + std::to_string(shape) + ", mode " + std::to_string(mode));
+            FailEveryBuffer(FaultJob(shape, mode, (shape + mode) % 2 == 0));
+        }
+    }
+}
+
+// Only a start needs blocks; a host that has none is no reason for the others to fail.
+TEST(BufferFault, TheOtherSelectorsAskForNothing) {
+    const RenderJob job = FaultJob(5, 2, true);
+    HostFaults faults;
+    faults.failBufferAt = 1;
+    faults.failBuffersAfter = true;
+    JobSession session(job, {}, faults);
+    for (const std::int16_t selector :
+         {hostapi::filterSelectorParameters, hostapi::filterSelectorPrepare,
+          hostapi::filterSelectorContinue, hostapi::filterSelectorFinish}) {
+        EXPECT_EQ(session.Host().Call(selector), hostapi::noErr) << selector;
+    }
+    EXPECT_EQ(session.Host().Counts().buffersAsked, 0);
+    EXPECT_EQ(session.Reproach(), "");
+}
+
 TEST(BufferFault, AHostWithoutEnoughMemoryForThePicture) {
     const RenderJob job = FaultJob(2, 1, false);
     for (const std::uint64_t limit : {0ull, 1ull, 1000ull, 140000ull}) {
@@ -137,6 +165,17 @@ TEST(Cancel, AtEveryProgressCallOfANormalRender) {
 }
 TEST(Cancel, AtEveryProgressCallOfAnAbberativeRender) {
     CancelAtEveryProgressCall(FaultJob(17, 2, false));
+}
+
+// Large enough for every stage to report again and again; the long form takes every shape.
+TEST(Cancel, AtEveryProgressCallOfSixtyFourByFortyEight) {
+    for (int number = 0; number < Times(2, 2 * kShapes); ++number) {
+        Random random(static_cast<std::uint32_t>(61 + number));
+        RenderJob job = RandomPicture(random, (5 + 7 * (number / 2)) % kShapes, 64, 48);
+        job.settings.mode = 1 + number % 2;
+        job.settings.originX = 0.4;
+        CancelAtEveryProgressCall(job);
+    }
 }
 
 TEST(Cancel, AtEveryProgressCallOfAView) {

@@ -119,9 +119,24 @@ const char* modulePath = nullptr;
 
 constexpr int kWidth = 23;
 constexpr int kHeight = 17;
-constexpr int kPlanes = 4;
-constexpr int kBytes = kWidth * kHeight * kPlanes;
+constexpr int kBytes = kWidth * kHeight * 4 * 4;  // of the largest pixels
 
+// What the host's picture consists of.
+struct Shape {
+    int colors = 3;
+    bool alpha = true;
+    int depth = 8;
+    int mode = 2;  // of the blur
+
+    int Planes() const { return colors + (alpha ? 1 : 0); }
+    int SampleBytes() const { return depth / 8; }
+    int ImageMode() const {
+        const int of[3][3] = {{1, 10, 17}, {7, 14, 14}, {3, 11, 16}};
+        return of[colors - 1][depth / 16];
+    }
+};
+
+Shape shape;
 unsigned char source[kBytes];
 unsigned char destination[kBytes];
 unsigned char mask[kWidth * kHeight];
@@ -197,7 +212,7 @@ void Progress(std::int32_t, std::int32_t) {}
 OSErr Advance() {
     record.inData = source;
     record.outData = destination;
-    record.inRowBytes = record.outRowBytes = kWidth * kPlanes;
+    record.inRowBytes = record.outRowBytes = kWidth * shape.Planes() * shape.SampleBytes();
     record.maskData = mask;
     record.maskRowBytes = kWidth;
     return 0;
@@ -240,7 +255,9 @@ hostapi::Boolean GetKey(hostapi::PIReadDescriptor, OSType* key, OSType* type, st
     return 1;
 }
 OSErr GetInteger(hostapi::PIReadDescriptor, std::int32_t* value) {
-    *value = static_cast<std::int32_t>(kEntries[nextEntry - 1].value);
+    const Entry& entry = kEntries[nextEntry - 1];
+    const bool isMode = std::strcmp(entry.key, "MODE") == 0;
+    *value = isMode ? shape.mode : static_cast<std::int32_t>(entry.value);
     return 0;
 }
 OSErr GetFloat(hostapi::PIReadDescriptor, double* value) {
@@ -278,6 +295,10 @@ void PrepareHost(int playInfo) {
         source[i] = static_cast<unsigned char>(i * 37 + i / 91);
         destination[i] = 0x5A;
     }
+    for (int i = 0; shape.depth == 32 && i < kBytes / 4; ++i) {
+        const float sample = static_cast<float>(i % 97) / 96.0f;
+        std::memcpy(source + 4 * i, &sample, sizeof sample);
+    }
     for (int i = 0; i < kWidth * kHeight; ++i) {
         mask[i] = static_cast<unsigned char>(255 - i % 7 * 9);
     }
@@ -310,11 +331,11 @@ void PrepareHost(int playInfo) {
     record.progressProc = Progress;
     record.advanceState = Advance;
     record.imageSize = {kHeight, kWidth};
-    record.planes = kPlanes;
-    record.imageMode = 3;
-    record.depth = 8;
-    record.inLayerPlanes = 3;
-    record.inTransparencyMask = 1;
+    record.planes = static_cast<std::int16_t>(shape.Planes());
+    record.imageMode = static_cast<std::int16_t>(shape.ImageMode());
+    record.depth = shape.depth;
+    record.inLayerPlanes = static_cast<std::int16_t>(shape.colors);
+    record.inTransparencyMask = shape.alpha ? 1 : 0;
     record.haveMask = 1;
     record.handleProcs = &handleProcs;
     record.sSPBasic = &basicSuite;
@@ -443,10 +464,11 @@ const char* Text(int status) {
     return code < 7 ? kTexts[code] : "unknown";
 }
 
-// Runs one child for each n, until n is beyond the last call. The number of children that were
-// disturbed is given back.
-long DisturbEveryCall(std::int16_t selector, int playInfo, bool allLater, bool early) {
-    for (long n = 1; n < 100000; ++n) {
+// Runs one child for each n, or for every few n, until n is beyond the last call. The number of
+// the last call is given back.
+long DisturbEveryCall(std::int16_t selector, int playInfo, bool allLater, bool early,
+                      long step = 1) {
+    for (long n = 1; n < 100000; n += step) {
         std::fflush(nullptr);
         const pid_t child = fork();
         if (child == 0) {
@@ -495,6 +517,24 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{3, 1, false, "StartWithDialog"}, Case{4, 2, false, "Continue"},
                     Case{5, 2, false, "Finish"}, Case{-1, 2, false, "Unknown"}),
     [](const auto& given) { return std::string(given.param.name); });
+
+// Every shape in both modes. The short form tries some calls of each, other ones for each shape;
+// with RADIAL_BLUR_LONG it is every call.
+class OperatorNewShapeTest : public testing::TestWithParam<int> {
+protected:
+    void TearDown() override { shape = Shape{}; }
+};
+
+TEST_P(OperatorNewShapeTest, AnyCallOfAStartMayFail) {
+    const int number = GetParam();
+    shape = {1 + number / 2 % 3, number % 2 != 0, 8 << number / 6 % 3, 1 + number / 18};
+    const bool isLong = std::getenv("RADIAL_BLUR_LONG") != nullptr;
+    for (const bool allLater : {false, true}) {
+        EXPECT_GE(DisturbEveryCall(3, 2, allLater, false, isLong ? 1 : 83 + number), 1);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(ShapesAndModes, OperatorNewShapeTest, testing::Range(0, 36));
 
 // That the counter sees the module's calls at all: the first call builds the filter object.
 TEST(OperatorNew, TheModulesCallsAreCounted) {

@@ -129,10 +129,11 @@ mv::host::HostDocument DocumentOf(const RenderJob& job) {
     return document;
 }
 
-JobSession::JobSession(const RenderJob& job, mv::host::HostOffer offer, mv::host::HostFaults faults)
+JobSession::JobSession(const RenderJob& job, mv::host::HostOffer offer, mv::host::HostFaults faults,
+                       hostapi::EntryPoint entry)
     : job_(job),
       session_(
-          Entry(), DocumentOf(job),
+          entry, DocumentOf(job),
           [&offer] {
               offer.placement = mv::host::Placement::GuardPage;
               return offer;

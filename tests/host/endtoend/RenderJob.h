@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,6 +15,7 @@ namespace endtoend {
 
 // The loaded module; the test program's main loads it before any test runs.
 hostapi::EntryPoint Entry();
+const std::filesystem::path& ModulePath();
 
 // A picture as the host delivers it: bytes with their row distances, mask, what the record says.
 struct RenderJob {
@@ -47,7 +49,7 @@ mv::host::HostDocument DocumentOf(const RenderJob& job);
 class JobSession {
 public:
     explicit JobSession(const RenderJob& job, mv::host::HostOffer offer = {},
-                        mv::host::HostFaults faults = {});
+                        mv::host::HostFaults faults = {}, hostapi::EntryPoint entry = Entry());
     JobSession(const JobSession&) = delete;
     JobSession& operator=(const JobSession&) = delete;
 

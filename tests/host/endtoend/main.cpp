@@ -15,6 +15,8 @@ mv::host::Module& TheModule() {
     return module;
 }
 
+std::filesystem::path modulePath;
+
 }  // namespace
 
 namespace endtoend {
@@ -23,15 +25,19 @@ hostapi::EntryPoint Entry() {
     return TheModule().GetEntryPoint();
 }
 
+const std::filesystem::path& ModulePath() {
+    return modulePath;
+}
+
 }  // namespace endtoend
 
 int main(int argumentCount, char** arguments) {
     testing::InitGoogleTest(&argumentCount, arguments);
-    const std::filesystem::path path =
+    modulePath =
         argumentCount > 1 ? std::filesystem::path(arguments[1]) : mv::host::DefaultModulePath();
     std::string reason;
-    if (!TheModule().Load(path, reason)) {
-        std::fprintf(stderr, "%s: %s\n", path.string().c_str(), reason.c_str());
+    if (!TheModule().Load(modulePath, reason)) {
+        std::fprintf(stderr, "%s: %s\n", modulePath.string().c_str(), reason.c_str());
         return 1;
     }
     return RUN_ALL_TESTS();

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <locale>
+#include <optional>
 #include <sstream>
 #include <thread>
 #include <utility>
@@ -35,6 +36,37 @@ TEST(StatisticsReport, HasOneLineForEachNameAndASum) {
               "-------------------------\n"
               "envelope:  4.500(100.0%) | max:  2.500( 55.556%) | min:  1.500( 33.333%)"
               " | average:  2.000( 44.444%)\n");
+}
+
+TEST(MeasuringPoint, AddsTheTimeOfItsLife) {
+    MeasurementTable table;
+    {
+        const MeasuringPoint outer(&table, "outer");
+        const MeasuringPoint inner(&table, "inner");
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    const std::string text = table.Report();
+    EXPECT_NE(text.find("(1x) outer\n"), std::string::npos);
+    EXPECT_NE(text.find("(1x) inner\n"), std::string::npos);
+    // "envelope:  0.020(": the sleep was not shorter, and nobody waits for minutes.
+    const double seconds = std::stod(text.substr(text.find("envelope:") + 9));
+    EXPECT_GE(seconds, 0.019);
+    EXPECT_LT(seconds, 60.0);
+}
+
+TEST(MeasuringPoint, WithoutATableDoesNothing) {
+    const MeasuringPoint point(nullptr, "nothing");
+}
+
+TEST(MeasuringPoint, WithoutMemoryTheSampleIsLost) {
+    MeasurementTable table;
+    std::optional<MeasuringPoint> point;
+    point.emplace(&table, "a name that is too long to be kept without a block of its own");
+    {
+        const test::AllocationDrought drought;
+        point.reset();
+    }
+    EXPECT_EQ(table.Report(), "");
 }
 
 TEST(StatisticsReport, NamesWithEqualTotalsKeepTheOrderOfTheTable) {

@@ -53,7 +53,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Typed{"1,5", false, 0}, Typed{"12px", false, 0}, Typed{"abc", false, 0},
                     Typed{"-", false, 0}, Typed{"+", false, 0}, Typed{"+-1", false, 0},
                     Typed{"--1", false, 0}, Typed{"1.2.3", false, 0}, Typed{"1e", false, 0},
-                    Typed{"0x", false, 0}, Typed{"0xg", false, 0}, Typed{".", false, 0}));
+                    Typed{"0x", false, 0}, Typed{"0xg", false, 0}, Typed{".", false, 0},
+                    Typed{"0x.8", true, 0.5}, Typed{"0x-1", false, 0}, Typed{"0X-1e400", false, 0},
+                    Typed{"0xinf", false, 0}, Typed{"-0xnan", false, 0}, Typed{"0x.", false, 0}));
 
 TEST(NumberText, ReadsWhatIsNoFiniteNumberAsTheCLibraryDoes) {
     double value = 0.0;

@@ -10,23 +10,26 @@ namespace mv::windowstest {
 namespace {
 
 constexpr const char* kInterfaceTitle = "Radial Blur V1.26 ~ ";
-constexpr unsigned kOpenTimeout = 20000;
+constexpr unsigned kOpenTimeout = 60000;
 
 constexpr UINT kProbe = WM_APP + 77;
-constexpr unsigned kProbeTimeout = 15000;
+constexpr unsigned kProbeTimeout = 30000;
 std::atomic<unsigned> probesServed{0};
 
 constexpr UINT_PTR kProbeTimer = 0x7077;
+std::atomic<bool> probeTimerRuns{false};
 
 // Called by IsDialogMessage alone, so only from the dialog's own loop and on its thread. A timer's
 // message comes behind all others, also behind the painting: when it is served, the pass is over.
+// The timer goes on until then, so a render that drains the queue cannot swallow it.
 LRESULT CALLBACK WatchLoop(int code, WPARAM wParam, LPARAM lParam) {
     if (code == MSGF_DIALOGBOX) {
         const auto* message = reinterpret_cast<const MSG*>(lParam);
-        if (message->message == kProbe) {
+        if (message->message == kProbe && !probeTimerRuns.exchange(true)) {
             SetTimer(message->hwnd, kProbeTimer, 1, nullptr);
         } else if (message->message == WM_TIMER && message->wParam == kProbeTimer) {
             KillTimer(message->hwnd, kProbeTimer);
+            probeTimerRuns = false;
             ++probesServed;
         }
     }
@@ -47,7 +50,12 @@ BOOL CALLBACK LookForInterface(HWND window, LPARAM parameter) {
     return TRUE;
 }
 
+std::filesystem::path otherModule;
+
 std::filesystem::path ModulePath() {
+    if (!otherModule.empty()) {
+        return otherModule;
+    }
     const char* chosen = std::getenv("RADIAL_BLUR_MODULE");
     return chosen != nullptr ? std::filesystem::path(chosen) : host::DefaultModulePath();
 }
@@ -68,12 +76,16 @@ host::Module& DialogRun::LoadedModule() {
     return *loadedModule;
 }
 
+void DialogRun::UseModule(const std::filesystem::path& path) {
+    loadedModule.reset();
+    otherModule = path;
+}
+
 void DialogRun::UnloadModule() {
     loadedModule.reset();
 }
 
-DialogRun::DialogRun(host::HostDocument document) {
-    host::HostOffer offer;
+DialogRun::DialogRun(host::HostDocument document, host::HostOffer offer) {
     offer.playInfo = hostapi::plugInDialogDisplay;
     session_ = std::make_unique<host::HostSession>(LoadedModule().GetEntryPoint(),
                                                    std::move(document), offer);
@@ -115,6 +127,7 @@ void DialogRun::RunOnThread(bool withParameters) {
 
 bool DialogRun::Start(bool withParameters) {
     ended_ = false;
+    probeTimerRuns = false;
     thread_ = std::thread([this, withParameters] { RunOnThread(withParameters); });
     const DWORD begin = GetTickCount();
     while (!ended_ && GetTickCount() - begin < kOpenTimeout) {
@@ -144,13 +157,13 @@ bool DialogRun::FindWindows() {
 bool DialogRun::AwaitLoop() {
     const unsigned before = probesServed;
     const DWORD begin = GetTickCount();
-    // A probe that a render has drained is gone, so others follow it.
+    // A probe that a render has drained is gone, so others follow it soon.
     while (probesServed == before) {
         if (ended_ || GetTickCount() - begin > kProbeTimeout) {
             return false;
         }
         PostMessageA(interface_, kProbe, 0, 0);
-        for (int i = 0; i < 50 && probesServed == before; ++i) {
+        for (int i = 0; i < 10 && probesServed == before; ++i) {
             Sleep(2);
         }
     }

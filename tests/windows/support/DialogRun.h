@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -27,7 +28,7 @@ struct AdvanceRequest {
 // destructor, after pressing Cancel if need be.
 class DialogRun {
 public:
-    explicit DialogRun(host::HostDocument document);
+    explicit DialogRun(host::HostDocument document, host::HostOffer offer = {});
     ~DialogRun();
     DialogRun(const DialogRun&) = delete;
     DialogRun& operator=(const DialogRun&) = delete;
@@ -42,7 +43,7 @@ public:
     bool Start(bool withParameters = true);
     bool Running() const { return !ended_; }
     // Waits for the end of the run; false when it does not come.
-    bool Finish(unsigned milliseconds = 20000);
+    bool Finish(unsigned milliseconds = 60000);
     const host::RunOutcome& Outcome() const { return outcome_; }
     std::vector<AdvanceRequest> Requests();
     // Whether a quit message was in the thread's queue when the run had ended.
@@ -55,6 +56,8 @@ public:
     bool AwaitLoop();
 
     static host::Module& LoadedModule();
+    // Another module than the one beside the test program from the next loading on; empty for that.
+    static void UseModule(const std::filesystem::path& path);
     static void UnloadModule();
 
 private:

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <memory>
 
 #include "support/DialogRun.h"
@@ -9,6 +10,12 @@
 #include "support/Registry.h"
 
 namespace mv::windowstest {
+
+// Whether run_under_wine.sh has started a window manager. That places and frames windows as it
+// likes, and made-up input does not reach its frames.
+inline bool HasWindowManager() {
+    return std::getenv("MANAGER") != nullptr;
+}
 
 // Every test begins like a user's first day: nothing is stored, and the module is loaded anew.
 class DialogTest : public testing::Test {

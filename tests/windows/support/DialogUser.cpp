@@ -8,7 +8,7 @@ namespace mv::windowstest {
 
 namespace {
 
-constexpr unsigned kReplyTimeout = 10000;
+constexpr unsigned kReplyTimeout = 60000;
 
 LRESULT Send(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
     DWORD_PTR result = 0;
@@ -42,11 +42,7 @@ COLORREF Shot::At(int x, int y) const {
 void DialogUser::Settle() const {
     // The first probe may be served just ahead of the frame that it came with, the second only
     // after it.
-    for (int probe = 0; probe < 2; ++probe) {
-        if (!run_.AwaitLoop()) {
-            return;
-        }
-        Sleep(10);
+    for (int probe = 0; probe < 2 && run_.AwaitLoop(); ++probe) {
     }
 }
 

@@ -61,7 +61,7 @@ private:
 
 // Waits until the condition holds; false when it does not in time.
 template <class Condition>
-bool Eventually(Condition condition, unsigned milliseconds = 5000) {
+bool Eventually(Condition condition, unsigned milliseconds = 30000) {
     const DWORD begin = GetTickCount();
     while (!condition()) {
         if (GetTickCount() - begin > milliseconds) {

@@ -85,6 +85,9 @@ ProgramRun RunChild(const std::vector<std::string>& words, const RunOptions& opt
     for (const std::string& word : words) {
         line += (line.empty() ? L"" : L" ") + Quoted(word);
     }
+    // Wine starts its desktop with the first process that needs one, and the desktop would hold the
+    // pipes of a child open for ever. So it is started here, without pipes.
+    GetDesktopWindow();
     const Pipe out = MakePipe();
     const Pipe err = MakePipe();
     STARTUPINFOW startup{};

@@ -7,6 +7,7 @@
 #include <limits>
 #include <vector>
 
+#include "effect/ShiftColumns.h"
 #include "effect/TransferFunction.h"
 #include "effect/kernels/RayKernels.h"
 
@@ -86,6 +87,87 @@ TEST_P(RowKernelsOfEachSet, DividesSumsByTheirWeights) {
     for (int i = 0; i < 9; ++i) {
         EXPECT_FLOAT_EQ(out[i], expected[i]) << i;
     }
+}
+
+// Columns of a shifted row with the memory that they need.
+struct ColumnsOf {
+    ColumnsOf(std::int32_t width, double shift) : memory(ShiftColumns::Bytes(width) / 8 + 1) {
+        columns.Fill(memory.data(), width, shift);
+    }
+    std::vector<double> memory;
+    ShiftColumns columns;
+};
+
+// Widths around whole registers, shifts that round to another share from some column on.
+TEST_P(RowKernelsOfEachSet, ShiftsAsTheBilinearFormulaDoes) {
+    std::uint32_t state = 3;
+    for (const std::int32_t width : {1, 2, 3, 5, 8, 17, 300}) {
+        for (const double shift : {-0.5, 0.5, 0.1, -0.3, 0.0, 0.49999999999}) {
+            ColumnsOf shifted(width, shift);
+            for (const int channels : {1, 2, 3, 4}) {
+                const auto count = static_cast<std::size_t>(width * channels);
+                std::vector<float> rows(2 * count);
+                for (float& value : rows) {
+                    state = state * 1664525u + 1013904223u;
+                    value = static_cast<float>(state >> 8) * 1e-5f;
+                }
+                const float* upper = rows.data();
+                const float* lower = upper + count;
+                const double fy = 0.3;
+                std::vector<float> floats(count + 1, -1.0f);
+                std::vector<double> doubles(count + 1, -1.0);
+                const ShiftedColumns& columns = shifted.columns.Get();
+                GetParam()->shiftToFloat[channels](floats.data(), upper, lower, columns, fy, 0,
+                                                   width);
+                const std::int32_t from = width / 3;
+                GetParam()->shiftToDouble[channels](doubles.data(), upper, lower, columns, fy, 0.7,
+                                                    from, width);
+                for (std::int32_t x = 0; x < width; ++x) {
+                    const double px = x + shift;
+                    const auto ix = static_cast<std::int32_t>(px);
+                    const double fx = px - ix;
+                    const std::int32_t right = ix == width - 1 ? ix : ix + 1;
+                    for (int c = 0; c < channels; ++c) {
+                        const auto at = [&](const float* row, std::int32_t column) {
+                            return static_cast<double>(row[column * channels + c]);
+                        };
+                        const double value = (1.0 - fx) * (1.0 - fy) * at(upper, ix) +
+                                             fx * (1.0 - fy) * at(upper, right) +
+                                             (1.0 - fx) * fy * at(lower, ix) +
+                                             fx * fy * at(lower, right);
+                        const auto i = static_cast<std::size_t>(x * channels + c);
+                        ASSERT_EQ(floats[i], static_cast<float>(value)) << width << " " << x;
+                        if (x >= from) {
+                            const auto to = static_cast<std::size_t>((x - from) * channels + c);
+                            ASSERT_EQ(doubles[to], value * 0.7) << width << " " << x;
+                        }
+                    }
+                }
+                // Nothing beyond what was asked for.
+                EXPECT_EQ(floats[count], -1.0f);
+                EXPECT_EQ(doubles[static_cast<std::size_t>((width - from) * channels)], -1.0);
+            }
+        }
+    }
+}
+
+// The share of x + 0.1 changes where doubles around x have fewer places: at powers of two.
+TEST(ShiftColumns, RunsEndWhereTheShareChanges) {
+    ColumnsOf shifted(20, 0.1);
+    const std::int32_t* ends = shifted.columns.Get().runEnds;
+    std::vector<std::int32_t> found;
+    do {
+        found.push_back(*ends);
+    } while (*ends++ != 20);
+    for (std::size_t i = 0; i + 1 < found.size(); ++i) {
+        const std::int32_t x = found[i];
+        EXPECT_TRUE(x + 0.1 - x != x - 1 + 0.1 - (x - 1) || x == 19) << x;
+    }
+    // The last column has no right neighbour.
+    EXPECT_EQ(found[found.size() - 2], 19);
+    ColumnsOf half(20, -0.5);
+    EXPECT_EQ(half.columns.Get().runEnds[0], 1);
+    EXPECT_EQ(half.columns.Get().runEnds[1], 20);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sets, RowKernelsOfEachSet, testing::ValuesIn([] {
