@@ -113,6 +113,7 @@ while IFS= read -r preset; do
     fi
     "$build/radial-blur" "$input" "$work/out.png" --preset "$file:$preset" --quiet
     Small "$work/out.png" "$pictures/$preset.jpg"
+    # shellcheck disable=SC2016 # The backticks are Markdown's.
     printf '### `%s`\n\n%s\n\n![%s](images/presets/%s.jpg)\n\n`%s`\n\n' \
         "$preset" "$words" "$preset" "$preset" "$(Options "$preset" | sed 's/^ //')" \
         >>"$work/page.md"

@@ -100,9 +100,9 @@ inline void Unpremultiply(double* pixel) {
     constexpr double white = WhiteScale<HostPixel::kWhite>::kWhite;
     double& alpha = pixel[HostPixel::kAlphaIndex];
     const double m = *std::max_element(pixel, pixel + HostPixel::kColors);
-    if (m > alpha) {
-        alpha = std::min(m, white);
-    }
+    // Both values at hand, since which of them it is cannot be foretold.
+    const double lifted = std::min(m, white);
+    alpha = m > alpha ? lifted : alpha;
     const double rounded = static_cast<float>(alpha);
     if (rounded > kAlphaGuard) {
         const double factor = white / rounded;

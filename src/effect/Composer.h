@@ -137,7 +137,9 @@ private:
             if constexpr (kIsInteger) {
                 kernels.toneIndices(indices, colors, (end - x) * kChannels, settings.contrast,
                                     Scale::kWhite, Scale::kGammaIndex);
-                FinishToned(colors, indices, x, end, y);
+                const std::int32_t from = BlendOver(kernels, colors, indices, x, end, y);
+                const std::ptrdiff_t done = std::ptrdiff_t{from - x} * kChannels;
+                FinishToned(colors + done, indices + done, from, end, y);
             } else {
                 for (std::int32_t i = x; i < end; ++i) {
                     double* pixel = colors + (i - x) * kChannels;
@@ -160,6 +162,43 @@ private:
             }
             return;
         }
+        FinishPixels(colors, indices, x, end, y);
+    }
+
+    // The usual case by itself: laid over the picture with its alpha, and nothing else.
+    std::int32_t BlendOver(const RowKernels& kernels, double* colors, const std::int32_t* indices,
+                           std::int32_t x, std::int32_t end, std::int32_t y) const {
+        if constexpr (kIsInteger && HostPixel::kHasAlpha && kColors == 3) {
+            if (settings.blend != kBlendNormal || settings.adjustOn) {
+                return x;
+            }
+            for (; x + 4 <= end; x += 4, colors += 16, indices += 16) {
+                double backdrop[16];
+                std::int32_t stored[16];
+                for (int i = 0; i < 4; ++i) {
+                    const unsigned char* in = imageIn.Pixel(x + i, y);
+                    for (int c = 0; c < 4; ++c) {
+                        backdrop[4 * i + c] = static_cast<double>(LoadChannel<Channel>(in, c));
+                    }
+                    for (int c = 0; c < 3; ++c) {
+                        colors[4 * i + c] =
+                            gammaTable[std::min(indices[4 * i + c], kGammaTableSize - 1)];
+                    }
+                }
+                kernels.blendOver(stored, colors, backdrop, Scale::kWhite, Scale::kInverse);
+                for (int i = 0; i < 4; ++i) {
+                    unsigned char* out = imageOut.Pixel(x + i, y);
+                    for (int c = 0; c < 4; ++c) {
+                        StoreChannel(out, c, static_cast<Channel>(stored[4 * i + c]));
+                    }
+                }
+            }
+        }
+        return x;
+    }
+
+    void FinishPixels(double* colors, const std::int32_t* indices, std::int32_t x, std::int32_t end,
+                      std::int32_t y) const {
         const ColorStageSettings stage = Stage();
         for (std::int32_t i = x; i < end; ++i, indices += kChannels, colors += kChannels) {
             for (int c = 0; c < kColors; ++c) {

@@ -69,6 +69,12 @@ private:
                 LookUpAll(y);
                 return;
             }
+            if constexpr (SourcePixel::kHasAlpha) {
+                if (isAll && source.Stride() == SourcePixel::kSize) {
+                    LookUpWeighted(y);
+                    return;
+                }
+            }
             const unsigned char* weights = isMasked ? mask.Row(y) : nullptr;
             const unsigned char* in = source.Row(y);
             unsigned char* out = destination.Row(y);
@@ -122,6 +128,27 @@ private:
         }
         for (; i < count; ++i) {
             StoreChannel(out, i, table[LoadChannel<Channel>(in, i)]);
+        }
+    }
+
+    // Pixels without gaps, each under the weight of its alpha.
+    void LookUpWeighted(std::int32_t y) const {
+        const unsigned char* in = source.Row(y);
+        unsigned char* out = destination.Row(y);
+        for (std::int32_t x = 0; x < destination.width; ++x) {
+            const auto alpha = LoadChannel<Channel>(in, SourcePixel::kAlphaIndex);
+            const float* table = decoder->Table(alpha);
+            ChannelArray<float, kChannels> values;
+            for (int i = 0; i < kColors; ++i) {
+                values[i] = table[LoadChannel<Channel>(in, i)];
+            }
+            const double a = alpha;
+            values[kChannels - 1] = static_cast<float>(a * (a * Scale::kInverse));
+            for (int i = 0; i < kChannels; ++i) {
+                StoreChannel(out, i, values[i]);
+            }
+            in += SourcePixel::kSize;
+            out += DestinationImage::Pixel_t::kSize;
         }
     }
 

@@ -71,8 +71,10 @@ void Save(const std::string& name, const std::string& path) {
     }
     const std::string saved = WithoutBlanks(name);
     const std::string once = Content(path);
-    // A file that breaks off behind the word "name" takes the new block's first word for a name.
-    if (HoldsPreset(once, saved)) {
+    // A file that breaks off behind the word "name" takes the new block's first word for a name,
+    // and an owner's line within the replaced block goes with it.
+    std::string owner = "RadialBlur";
+    if (HoldsPreset(once, saved) && mv::pfParameters::IsSettingFileValid(path, owner)) {
         Require(parameters.LoadSettings(saved, path, nullptr), "what was saved can be loaded");
         Require(parameters.SaveSettings(name, path, "RadialBlur"), "and saved again");
         Require(Content(path) == once, "save, load, save is a fixed point");

@@ -1,6 +1,9 @@
 // The body of the row kernels over the Vector4 of the including source file. Included inside its
 // unnamed namespace, behind PixelAccess.h.
 
+// As everywhere where colours are divided by their alpha.
+constexpr double kAlphaGuard = 0.0001;
+
 // Where a run of columns reads, and the weights of its four neighbours.
 struct ShiftRun {
     const float* upper;
@@ -92,6 +95,49 @@ void Normalize(float* out, const float* sums, std::int32_t pixels) {
         const double factor = weight != 0.0 ? 1.0 / weight : 0.0;
         const Vector4 value = Widen(LoadFloats<channels>(pixel)) * Set(factor);
         StoreFloats<channels>(out + std::ptrdiff_t{x} * channels, Narrow(value));
+    }
+}
+
+// Colours divided by their alpha, times white, where there is alpha enough.
+inline void DivideByAlpha(Vector4* pixels, double white) {
+    const Vector4 rounded = Widen(Narrow(pixels[3]));
+    const Vector4 isDivided = Greater(rounded, Set(kAlphaGuard));
+    const Vector4 factor = Set(white) / rounded;
+    for (int c = 0; c < 3; ++c) {
+        pixels[c] = Choose(isDivided, pixels[c] * factor, pixels[c]);
+    }
+}
+
+inline void LoadPixels(Vector4* channels, const double* from) {
+    for (int i = 0; i < 4; ++i) {
+        channels[i] = Load(from + 4 * i);
+    }
+    Transpose(channels);
+}
+
+void BlendOver(std::int32_t* out, const double* toned, const double* backdrop, double white,
+               double inverseWhite) {
+    const Vector4 zero = Set(0.0);
+    const Vector4 top = Set(white);
+    Vector4 s[4];
+    Vector4 d[4];
+    LoadPixels(s, toned);
+    LoadPixels(d, backdrop);
+    s[3] = Minimum(Maximum(s[3], zero), top);
+    const Vector4 most = Maximum(Maximum(s[0], s[1]), s[2]);
+    s[3] = Choose(Greater(most, s[3]), Minimum(most, top), s[3]);
+    DivideByAlpha(s, white);
+    const Vector4 sourceAlpha = s[3] * Set(inverseWhite);
+    const Vector4 keep = Set(1.0) - sourceAlpha;
+    const Vector4 backdropShare = keep * (d[3] * Set(inverseWhite));
+    for (int c = 0; c < 3; ++c) {
+        d[c] = backdropShare * d[c] + sourceAlpha * s[c];
+    }
+    d[3] = keep * d[3] + s[3];
+    DivideByAlpha(d, white);
+    Transpose(d);
+    for (int i = 0; i < 4; ++i) {
+        StoreTruncated(out + 4 * i, Minimum(Maximum(d[i], zero), top));
     }
 }
 

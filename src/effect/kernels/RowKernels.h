@@ -35,6 +35,11 @@ struct RowKernels {
     // Indices into the tone table, from weighted colours: contrast, clamp to 0..white, scale.
     void (*toneIndices)(std::int32_t* out, const double* colors, std::int32_t count,
                         double contrast, double white, double indexScale);
+    // Four pixels of three colours and alpha: toned weighted colours become straight and are laid
+    // over the backdrop's, 0..white; out takes what is stored. See Unpremultiply and the blend
+    // mode "normal".
+    void (*blendOver)(std::int32_t* out, const double* toned, const double* backdrop, double white,
+                      double inverseWhite);
 };
 
 // Null where the plain form is to be used.

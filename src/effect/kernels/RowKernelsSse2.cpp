@@ -22,6 +22,7 @@ extern const RowKernels kRowKernelsSse2 = {
     {nullptr, &ShiftToDouble<1>, &ShiftToDouble<2>, &ShiftToDouble<3>, &ShiftToDouble<4>},
     {nullptr, &ShiftToFloat<1>, &ShiftToFloat<2>, &ShiftToFloat<3>, &ShiftToFloat<4>},
     {nullptr, &Normalize<1>, &Normalize<2>, &Normalize<3>, &Normalize<4>},
-    &ToneIndices};
+    &ToneIndices,
+    &BlendOver};
 
 }  // namespace mv

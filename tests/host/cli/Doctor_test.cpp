@@ -237,11 +237,9 @@ TEST(DoctorTest, WhatIsNoModuleIsCalledByItsName) {
     EXPECT_EQ(kindOf({0, 1, 2, 3}), "a file of another kind");
 }
 
+#ifndef _WIN32  // Only there is such a module at hand.
 TEST(DoctorTest, ALinuxModuleIsKnown) {
     const Bytes module = ReadBytes(BuiltProgram().parent_path() / ModuleFileName());
-    if (module.empty() || module[0] != 0x7F) {
-        GTEST_SKIP() << "this system's own module is for Windows";
-    }
     EXPECT_EQ(Look(module, "radial_blur.so").kind, "a filter module for 64-bit Linux");
     EXPECT_EQ(Faults(Look(module, "radial_blur.so")), "");
     EXPECT_THAT(Faults(Look(module, "radial_blur.8bf")), HasSubstr("but it is for Linux"));
@@ -251,6 +249,7 @@ TEST(DoctorTest, ALinuxModuleIsKnown) {
         ASSERT_NE(Faults(Look(cut, "radial_blur.so")), "") << size;
     }
 }
+#endif
 
 TEST(DoctorTest, AnotherLinuxFileIsNoModule) {
     Bytes file(64, 0);

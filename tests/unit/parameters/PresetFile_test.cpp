@@ -291,6 +291,18 @@ TEST_F(PresetFile, TheOwnerMayStandAnywhere) {
     EXPECT_EQ(ListedNames(), Names{"a"});
 }
 
+// Meant as it is: what stands in a block is the block's, an owner's line in the wrong place too.
+// The presets stay loadable, but the file is no longer one of a filter's.
+TEST_F(PresetFile, AnOwnerWithinTheBlockThatIsReplacedGoesWithIt) {
+    Write("name two\nMode 3\nFileOwner RadialBlur\n\nname one\nMode 2\n");
+    EXPECT_TRUE(Save("two"));
+    EXPECT_EQ(Read(), FileText("name two\n"s + kValuesAtFirst + "name one\nMode 2\n"));
+    std::string owner = "RadialBlur";
+    EXPECT_FALSE(pfParameters::IsSettingFileValid(path, owner));
+    EXPECT_TRUE(Load("one"));
+    EXPECT_FALSE(Save("two"));
+}
+
 TEST_F(PresetFile, TheFirstOwnerCounts) {
     Write("FileOwner LensFlare\nFileOwner RadialBlur\n");
     std::string owner = "RadialBlur";
