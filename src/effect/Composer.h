@@ -46,11 +46,16 @@ public:
             static_cast<void>(index);
             return static_cast<Channel>(ClampChannel(value, Scale::kWhite));
         } else {
-            const bool isAlpha = HostPixel::kHasAlpha && index == kColors;
-            const double bounded = isAlpha        ? ClampChannel(value, Scale::kWhite)
-                                   : value >= 0.0 ? value
-                                                  : 0.0;
-            return static_cast<float>(bounded);
+            if (HostPixel::kHasAlpha && index == kColors) {
+                return static_cast<float>(ClampChannel(value, Scale::kWhite));
+            }
+            // Zero by itself: clang 14 under a sanitizer makes a maximum of ">= 0", and a -0 would
+            // lose its sign there.
+            const auto rounded = static_cast<float>(value);
+            if (value == 0.0) {
+                return rounded;
+            }
+            return value > 0.0 ? rounded : 0.0f;
         }
     }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <ostream>
 
 #include "pictures/PictureFile.h"
 #include "support/ChildProcess.h"
@@ -328,6 +329,10 @@ struct Unit {
     ResolutionUnit unit;
 };
 
+void PrintTo(const Unit& unit, std::ostream* stream) {
+    *stream << "unit " << unit.code;
+}
+
 class TiffUnitTest : public TiffTest, public ::testing::WithParamInterface<Unit> {};
 
 TEST_P(TiffUnitTest, ResolutionStays) {
@@ -443,6 +448,11 @@ struct Turned {
     int width;
     std::vector<std::uint8_t> samples;
 };
+
+// Test programs are named by what they take, and an address would differ in every run.
+void PrintTo(const Turned& turned, std::ostream* stream) {
+    *stream << "orientation " << turned.orientation;
+}
 
 class TiffOrientationTest : public TiffTest, public ::testing::WithParamInterface<Turned> {};
 

@@ -40,6 +40,12 @@ void Hands::Glide(POINT from, POINT to, int steps) {
         MoveTo({from.x + (to.x - from.x) * i / steps, from.y + (to.y - from.y) * i / steps});
         Sleep(2);
     }
+    // Of movements that come close together a busy window system may swallow the last.
+    Sleep(20);
+    MoveTo({to.x - 1, to.y});
+    Sleep(20);
+    MoveTo(to);
+    Sleep(20);
 }
 
 void Hands::Press(bool rightButton) {
