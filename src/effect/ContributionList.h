@@ -36,12 +36,16 @@ public:
         return Entries(last_) + last_->used++;
     }
 
-    template <class Visitor>
-    void ForEach(Visitor visit) const {
+    // Calls goOn behind each block, some ten thousand entries; ends when that says no.
+    template <class Visitor, class Watcher>
+    void ForEach(Visitor visit, Watcher goOn) const {
         for (const Block* block = first_; block != nullptr; block = block->next) {
             const Entry* entries = Entries(block);
             for (std::uint32_t i = 0; i < block->used; ++i) {
                 visit(entries[i]);
+            }
+            if (!goOn()) {
+                return;
             }
         }
     }

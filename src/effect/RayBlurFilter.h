@@ -187,10 +187,23 @@ private:
         }
         for (ContributionList<kChannels>& list : lists_) {
             if (IsOk(status)) {
-                list.ForEach([this](const auto& entry) { AddLater(entry); });
+                status = AddAllLater(list);
             }
             list.Clear();
         }
+        return status;
+    }
+
+    // With the centre in a corner a list is long: the host hears that the render goes on, though no
+    // step of it is done.
+    std::int32_t AddAllLater(const ContributionList<kChannels>& list) {
+        std::int32_t status = host_->StatusOk();
+        list.ForEach([this](const auto& entry) { AddLater(entry); },
+                     [this, &status] {
+                         const std::uint32_t done = stepsDone_.load(std::memory_order_relaxed);
+                         status = ReportStep(progressPosition_, progressRange_, done, totalSteps_);
+                         return IsOk(status);
+                     });
         return status;
     }
 
