@@ -25,6 +25,29 @@ constexpr struct {
              {InstructionSet::Sse2, "SSE2"},
              {InstructionSet::Avx2, "AVX2"}};
 
+struct Variation {
+    const char* name;
+    void (*change)(RenderCase& wanted);
+};
+
+constexpr Variation kVariations[] = {
+    {"8 bit RGB", [](RenderCase&) {}},
+    {"8 bit RGB, abberative", [](RenderCase& wanted) { wanted.mode = 2; }},
+    {"8 bit gray", [](RenderCase& wanted) { wanted.colors = 1; }},
+    {"8 bit RGBA", [](RenderCase& wanted) { wanted.alpha = true; }},
+    {"16 bit RGB", [](RenderCase& wanted) { wanted.depth = 16; }},
+    {"float RGB", [](RenderCase& wanted) { wanted.depth = 32; }},
+    {"mask", [](RenderCase& wanted) { wanted.mask = true; }},
+    {"soft selection", [](RenderCase& wanted) { wanted.soften = 1.0; }},
+    {"holdout 0.3", [](RenderCase& wanted) { wanted.holdout = 0.3; }},
+    {"origin in a corner", [](RenderCase& wanted) { wanted.originX = wanted.originY = 0.0; }},
+    {"origin outside",
+     [](RenderCase& wanted) {
+         wanted.originX = -0.5;
+         wanted.originY = 1.4;
+     }},
+};
+
 struct Times {
     std::vector<double> whole;
     std::vector<double> blur;
@@ -67,40 +90,12 @@ int main(int argc, char** argv) {
     const int repetitions = argc > 1 ? std::max(std::atoi(argv[1]), 1) : 5;
     std::printf("| case, 12 MP | form | whole ms | rays ms | whole / plain | rays / plain |\n");
     std::printf("|---|---|---:|---:|---:|---:|\n");
-    RenderCase base;
-    base.width = 4243;
-    base.height = 2828;
-    Compare("8 bit RGB", base, repetitions);
-    RenderCase wanted = base;
-    wanted.mode = 2;
-    Compare("8 bit RGB, abberative", wanted, repetitions);
-    wanted = base;
-    wanted.colors = 1;
-    Compare("8 bit gray", wanted, repetitions);
-    wanted = base;
-    wanted.alpha = true;
-    Compare("8 bit RGBA", wanted, repetitions);
-    wanted = base;
-    wanted.depth = 16;
-    Compare("16 bit RGB", wanted, repetitions);
-    wanted = base;
-    wanted.depth = 32;
-    Compare("float RGB", wanted, repetitions);
-    wanted = base;
-    wanted.mask = true;
-    Compare("mask", wanted, repetitions);
-    wanted = base;
-    wanted.soften = 1.0;
-    Compare("soft selection", wanted, repetitions);
-    wanted = base;
-    wanted.holdout = 0.3;
-    Compare("holdout 0.3", wanted, repetitions);
-    wanted = base;
-    wanted.originX = wanted.originY = 0.0;
-    Compare("origin in a corner", wanted, repetitions);
-    wanted = base;
-    wanted.originX = -0.5;
-    wanted.originY = 1.4;
-    Compare("origin outside", wanted, repetitions);
+    for (const Variation& variation : kVariations) {
+        RenderCase wanted;
+        wanted.width = 4243;
+        wanted.height = 2828;
+        variation.change(wanted);
+        Compare(variation.name, wanted, repetitions);
+    }
     return 0;
 }

@@ -45,7 +45,7 @@ TEST_F(Settings, WithAKeyButNoPreviewValuesThePreviewIsFourHundredSquare) {
 
 TEST_F(Settings, PlacesBesideTheScreensArePulledOntoThem) {
     if (HasWindowManager()) {
-        GTEST_SKIP() << "the window manager decides about this";
+        GTEST_SKIP() << "a window manager pulls windows onto the screen by its own rules";
     }
     PutNumber("Interface Position X", 900000);
     PutNumber("Interface Position Y", static_cast<std::uint32_t>(-77));

@@ -2,37 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <map>
 #include <string>
 
 #include "interface/LastUsedSettings.h"
-#include "platform/KeyValueStore.h"
+#include "support/MemoryStore.h"
 
 namespace mv {
 namespace {
-
-class MemoryStore final : public KeyValueStore {
-public:
-    bool Read(const char* name, void* data, std::uint32_t capacity,
-              std::uint32_t& length) noexcept override {
-        const auto found = values.find(name);
-        if (found == values.end() || found->second.size() > capacity) {
-            return false;
-        }
-        std::memcpy(data, found->second.data(), found->second.size());
-        length = static_cast<std::uint32_t>(found->second.size());
-        return true;
-    }
-    bool Write(const char*, ValueKind, const void*, std::uint32_t) noexcept override {
-        return false;
-    }
-    void PutNumber(const char* name, std::int32_t value) {
-        values[name].assign(reinterpret_cast<const char*>(&value), sizeof value);
-    }
-
-    std::map<std::string, std::string> values;
-};
 
 constexpr ScreenSize kScreen = {1000, 800};
 
@@ -49,8 +25,8 @@ TEST(InterfaceSettings, AnEmptyStoreChangesNothing) {
 
 TEST(InterfaceSettings, AWholePlaceIsPulledOntoTheScreen) {
     MemoryStore store;
-    store.PutNumber(kInterfaceX, -5);
-    store.PutNumber(kInterfaceY, 801);
+    store.Put<std::int32_t>(kInterfaceX, -5);
+    store.Put<std::int32_t>(kInterfaceY, 801);
     InterfaceSettings settings;
     ReadInterfaceSettings(store, kScreen, settings);
     EXPECT_EQ(settings.x, 0);
@@ -60,8 +36,8 @@ TEST(InterfaceSettings, AWholePlaceIsPulledOntoTheScreen) {
 // Meant as it is: with one half missing, the other one is taken as it stands.
 TEST(InterfaceSettings, HalfAPlaceIsTakenAsItIs) {
     MemoryStore store;
-    store.PutNumber(kInterfaceX, -5);
-    store.values[kInterfaceY] = "123";
+    store.Put<std::int32_t>(kInterfaceX, -5);
+    store.PutText(kInterfaceY, "123");
     InterfaceSettings settings;
     ReadInterfaceSettings(store, kScreen, settings);
     EXPECT_EQ(settings.x, -5);
@@ -70,8 +46,8 @@ TEST(InterfaceSettings, HalfAPlaceIsTakenAsItIs) {
 
 TEST(InterfaceSettings, SwitchesOfAnotherSizeAreIgnored) {
     MemoryStore store;
-    store.values[kHideHandle] = std::string(4, '\0');
-    store.values[kFixedPreview] = std::string(1, '\0');
+    store.PutText(kHideHandle, std::string(4, '\0'));
+    store.PutText(kFixedPreview, std::string(1, '\0'));
     InterfaceSettings settings;
     ReadInterfaceSettings(store, kScreen, settings);
     EXPECT_TRUE(settings.showHandle);
@@ -81,33 +57,33 @@ TEST(InterfaceSettings, SwitchesOfAnotherSizeAreIgnored) {
 TEST(InterfaceSettings, APathNeedsItsClosingZeroWithin256Bytes) {
     MemoryStore store;
     InterfaceSettings settings;
-    store.values[kPresetPath] = std::string(255, 'p') + '\0';
+    store.PutText(kPresetPath, std::string(255, 'p') + '\0');
     ReadInterfaceSettings(store, kScreen, settings);
     EXPECT_EQ(settings.presetPath, std::string(255, 'p'));
     for (const std::size_t length : {256u, 257u, 5000u}) {
         settings.presetPath = "kept";
-        store.values[kPresetPath] = std::string(length, 'p');
+        store.PutText(kPresetPath, std::string(length, 'p'));
         ReadInterfaceSettings(store, kScreen, settings);
         EXPECT_EQ(settings.presetPath, "kept") << length;
     }
     // A shorter value without the zero ends where its bytes end.
-    store.values[kPresetPath] = "short";
+    store.PutText(kPresetPath, "short");
     ReadInterfaceSettings(store, kScreen, settings);
     EXPECT_EQ(settings.presetPath, "short");
 }
 
 TEST(InterfaceSettings, ThePreviewsPlaceIsPulledWhenAllOfItIsThere) {
     MemoryStore store;
-    store.PutNumber(kPreviewX, 1001);
-    store.PutNumber(kPreviewY, -1);
-    store.PutNumber(kPreviewWidth, 300);
+    store.Put<std::int32_t>(kPreviewX, 1001);
+    store.Put<std::int32_t>(kPreviewY, -1);
+    store.Put<std::int32_t>(kPreviewWidth, 300);
     WindowPlacement placement = kDefaultPreviewPlacement;
     ReadPreviewPlacement(store, kScreen, placement);
     EXPECT_EQ(placement.x, 1001);
     EXPECT_EQ(placement.y, -1);
     EXPECT_EQ(placement.height, 400);
-    store.PutNumber(kPreviewHeight, 200);
-    store.PutNumber(kPreviewState, 3);
+    store.Put<std::int32_t>(kPreviewHeight, 200);
+    store.Put<std::int32_t>(kPreviewState, 3);
     ReadPreviewPlacement(store, kScreen, placement);
     EXPECT_EQ(placement.x, 950);
     EXPECT_EQ(placement.y, 0);

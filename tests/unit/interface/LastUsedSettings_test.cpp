@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -14,48 +12,10 @@
 #include "parameters/pfParameterPosition.h"
 #include "parameters/pfParameterRGB.h"
 #include "parameters/pfParameters.h"
-#include "platform/KeyValueStore.h"
+#include "support/MemoryStore.h"
 
 namespace mv {
 namespace {
-
-class MemoryStore final : public KeyValueStore {
-public:
-    bool Read(const char* name, void* data, std::uint32_t capacity,
-              std::uint32_t& length) noexcept override {
-        const auto found = values.find(name);
-        if (found == values.end() || found->second.size() > capacity) {
-            return false;
-        }
-        std::memcpy(data, found->second.data(), found->second.size());
-        length = static_cast<std::uint32_t>(found->second.size());
-        return true;
-    }
-
-    bool Write(const char* name, ValueKind kind, const void* data,
-               std::uint32_t length) noexcept override {
-        const auto* bytes = static_cast<const std::uint8_t*>(data);
-        values[name].assign(bytes, bytes + length);
-        allBinary = allBinary && kind == ValueKind::Binary;
-        return true;
-    }
-
-    template <class Value>
-    void Put(const char* name, Value value) {
-        Write(name, ValueKind::Binary, &value, sizeof value);
-    }
-
-    template <class Value>
-    Value Get(const char* name) {
-        Value value{};
-        EXPECT_EQ(values[name].size(), sizeof value) << name;
-        std::memcpy(&value, values[name].data(), sizeof value);
-        return value;
-    }
-
-    std::map<std::string, std::vector<std::uint8_t>> values;
-    bool allBinary = true;
-};
 
 class LastUsedSettings : public testing::Test {
 protected:
