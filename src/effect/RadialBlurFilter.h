@@ -114,7 +114,7 @@ private:
 
     void SampleGroup(Side& side, RayGroupPlan& plan) const {
         FastState& fast = side.fast;
-        RayGroup group = this->MakeGroup(plan);
+        RayGroup group = this->MakeGroup(side, plan);
         double minor[kRaysInGroup];
         for (int g = 0; g < kRaysInGroup; ++g) {
             minor[g] = plan.rays[g].minor;
@@ -172,7 +172,7 @@ private:
 
     void ScatterGroup(Side& side, RayGroupPlan& plan, std::int32_t ownFrom) {
         FastState& fast = side.fast;
-        RayGroup group = this->MakeGroup(plan);
+        RayGroup group = this->MakeGroup(side, plan);
         std::int32_t tested = 0;
         std::int32_t safe[kRaysInGroup];
         for (int g = 0; g < kRaysInGroup; ++g) {
@@ -190,6 +190,7 @@ private:
                 ScatterStep(side, plan, g, plan.lead[g] + i, true, table, group.minor[g]);
             }
         }
+        this->OpenLanes(side, group, tested, plan.common);
         RunScatter(fast, plan, group, tested, std::max(tested, ownFrom), true);
         RunScatter(fast, plan, group, std::max(tested, ownFrom), plan.common, false);
         for (int g = 0; g < kRaysInGroup; ++g) {
@@ -206,7 +207,7 @@ private:
             return;
         }
         RayGroup part = group;
-        part.accumulator += from * group.accumulatorStep;
+        part.lane += from;
         part.steps = end - from;
         WindowPositions windows[kRaysInGroup];
         for (int g = 0; g < kRaysInGroup; ++g) {

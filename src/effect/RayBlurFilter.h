@@ -12,6 +12,9 @@
 #include "effect/ContributionList.h"
 #include "effect/RayGeometry.h"
 #include "effect/RayGroupPlan.h"
+#include "effect/RaySector.h"
+#include "effect/SeamMap.h"
+#include "effect/SectorSums.h"
 #include "effect/SideZone.h"
 #include "effect/WindowTable.h"
 #include "effect/kernels/RowKernels.h"
@@ -28,7 +31,9 @@ constexpr std::int32_t kLineSlack = 6;
 // Rays run from the centre to every border pixel; each is resampled into a line, and what Blur
 // (the derived class) makes of the window around each of its pixels is scattered, weighted, into
 // an accumulator, which is divided by its weights at the end. The four sides run in parallel
-// and give the sums of the four one after the other. Lives on its caller's stack.
+// and give the sums of the four one after the other. The plain form accumulates the whole picture;
+// the fast form keeps the sums of seams between sectors of rays, and of what rays pass at present.
+// Lives on its caller's stack.
 //
 // Blur gives: kLineCount, kName, and
 //   void BuildTables(double* const* lines, std::int32_t n)
@@ -42,7 +47,6 @@ protected:
     using AccumulatorType = PixelArray<AccumulatorPixel, 0, false>;
     static constexpr int kChannels = Image::Pixel_t::kChannels;
     static constexpr int kColors = Image::Pixel_t::kColors;
-    static constexpr int kAccumulatorFloats = kChannels + 1;
 
 public:
     using MorvenhaleFilter::MorvenhaleFilter;
@@ -64,25 +68,14 @@ public:
         progressRange_ = range;
         field_ = {imageIn.width, imageIn.height, centerX - imageIn.origin_x,
                   centerY - imageIn.origin_y};
-        const std::uint64_t pixels =
-            static_cast<std::uint64_t>(imageIn.width) * static_cast<std::uint64_t>(imageIn.height);
-        accumulator_ = AccumulatorType(imageIn);
-        accumulator_.row_bytes = imageIn.width * AccumulatorPixel::kSize;
-        accumulator_.dynamic_pixel_size = AccumulatorPixel::kSize;
-        accumulator_.is_connected = true;
-        accumulator_.is_premultiplied = true;
-        accumulator_.data =
-            Allocate<unsigned char>(pixels * static_cast<std::uint64_t>(AccumulatorPixel::kSize));
-        if (accumulator_.data == nullptr) {
+        if (!AllocateSums()) {
+            FreeSums();
             return host_->StatusOutOfMemory();
         }
-        PreferLargePages(accumulator_.data,
-                         pixels * static_cast<std::uint64_t>(AccumulatorPixel::kSize));
         totalSteps_ = static_cast<std::uint32_t>(3 * imageIn.height + 2 * imageIn.width);
         stepsDone_ = 0;
         const std::int32_t status = RunStages();
-        host_->FreeMemory(accumulator_.data);
-        accumulator_.data = nullptr;
+        FreeSums();
         return status;
     }
 
@@ -94,18 +87,12 @@ public:
                  "))");
         Side side;
         side.index = thread_index;
-        side.zone = SideZone(field_, thread_index);
+        side.zone = zones_[thread_index];
         lists_[thread_index].SetContext(host_);
         std::int32_t status = AllocateLines(side);
-        if (IsOk(status) && IsSideLit(field_, thread_index)) {
-            const std::int32_t rays = RayCount(field_, thread_index);
-            for (std::int32_t k = 1; k <= rays && IsOk(status);) {
-                const std::int32_t done = BlurRays(side, k, rays);
-                k += done;
-                for (std::int32_t i = 0; i < done && IsOk(status); ++i) {
-                    status = side.isOutOfMemory ? host_->StatusOutOfMemory() : ReportStepDone();
-                }
-            }
+        const SideSectors& sectors = sectors_[thread_index];
+        for (int i = 0; i < sectors.count && IsOk(status); ++i) {
+            status = BlurSector(side, sectors.sectors[i]);
         }
         for (double* buffer : side.buffers) {
             host_->FreeMemory(buffer);
@@ -119,7 +106,9 @@ protected:
     struct Side {
         std::uint32_t index = 0;
         SideZone zone;
+        // The fast form's.
         typename Blur::FastState fast;
+        SectorSums sums;
         double* fastBuffer = nullptr;
         ChannelArray<double*, Blur::kLineCount> buffers = {};
         ChannelArray<double*, Blur::kLineCount> lines = {};
@@ -137,9 +126,67 @@ protected:
     }
 
     RayField field_{};
-    AccumulatorType accumulator_;
 
 private:
+    bool IsFast() const { return static_cast<const Blur*>(this)->FastDoubles() != 0; }
+
+    // The whole picture, or as many rows of its width as the seams fill.
+    bool AllocateSums() {
+        for (std::uint32_t side = 0; side < kSideCount; ++side) {
+            zones_[side] = SideZone(field_, side);
+            sectors_[side] = SideSectors(field_, side, zones_[side]);
+        }
+        std::int32_t rows = imageIn.height;
+        if (IsFast()) {
+            seamMemory_ = Allocate<void>(SeamMap::Bytes(imageIn.height));
+            if (seamMemory_ == nullptr) {
+                return false;
+            }
+            seams_.Fill(seamMemory_, imageIn.width, imageIn.height, sectors_);
+            const auto width = static_cast<std::uint32_t>(imageIn.width);
+            rows = static_cast<std::int32_t>((seams_.Slots() + width - 1) / width);
+        }
+        accumulator_ = AccumulatorType(imageIn);
+        accumulator_.height = rows;
+        accumulator_.row_bytes = imageIn.width * AccumulatorPixel::kSize;
+        accumulator_.dynamic_pixel_size = AccumulatorPixel::kSize;
+        accumulator_.is_connected = true;
+        accumulator_.is_premultiplied = true;
+        const std::uint64_t bytes =
+            static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(accumulator_.row_bytes);
+        accumulator_.data = Allocate<unsigned char>(bytes);
+        if (accumulator_.data == nullptr) {
+            return false;
+        }
+        PreferLargePages(accumulator_.data, bytes);
+        return true;
+    }
+
+    void FreeSums() {
+        host_->FreeMemory(accumulator_.data);
+        host_->FreeMemory(seamMemory_);
+        accumulator_.data = nullptr;
+        seamMemory_ = nullptr;
+    }
+
+    std::int32_t BlurSector(Side& side, const RaySector& sector) {
+        std::int32_t status = host_->StatusOk();
+        if (side.fastBuffer != nullptr) {
+            side.sums.Begin(sector);
+        }
+        for (std::int32_t k = sector.FirstRay(); k <= sector.LastRay() && IsOk(status);) {
+            const std::int32_t done = BlurRays(side, k, sector.LastRay());
+            k += done;
+            for (std::int32_t i = 0; i < done && IsOk(status); ++i) {
+                status = side.isOutOfMemory ? host_->StatusOutOfMemory() : ReportStepDone();
+            }
+        }
+        if (side.fastBuffer != nullptr && IsOk(status)) {
+            side.sums.End();
+        }
+        return status;
+    }
+
     // Four rays at a time where they walk alike, one by one elsewhere. Gives how many.
     std::int32_t BlurRays(Side& side, std::int32_t k, std::int32_t rays) {
         auto* blur = static_cast<Blur*>(this);
@@ -223,14 +270,27 @@ private:
         }
         const std::uint64_t fastDoubles = static_cast<const Blur*>(this)->FastDoubles();
         if (complete && fastDoubles != 0) {
-            side.fastBuffer = Allocate<double>(fastDoubles * sizeof(double));
+            side.fastBuffer = Allocate<double>(fastDoubles * sizeof(double) +
+                                               SectorSums::Bytes(LongestLine(), kChannels));
             complete = side.fastBuffer != nullptr;
             if (complete) {
                 std::memset(side.fastBuffer, 0, fastDoubles * sizeof(double));
                 static_cast<Blur*>(this)->PrepareFast(side);
+                side.sums.SetUp(side.fastBuffer + fastDoubles, Target(), side.index);
             }
         }
         return complete ? host_->StatusOk() : host_->StatusOutOfMemory();
+    }
+
+    BlurTarget Target() const {
+        return {reinterpret_cast<float*>(imageOut.data),
+                imageOut.width,
+                imageOut.height,
+                kChannels,
+                zones_,
+                sectors_,
+                &seams_,
+                reinterpret_cast<float*>(accumulator_.data)};
     }
 
     void BlurRay(Side& side, const Ray& ray) {
@@ -259,6 +319,9 @@ protected:
                    const double* value) {
         const MinorPlace place = PlaceOf(minor, ray.isXMajor ? imageIn.height : imageIn.width);
         if (place.isInside) {
+            if (side.fastBuffer != nullptr) {
+                side.sums.Pass(side.sums.LaneOf(major), place.first);
+            }
             Splat(side, ray, mustTest, major, place.first, 1.0 - place.t, value);
             Splat(side, ray, mustTest, major, place.second, place.t, value);
         }
@@ -284,29 +347,28 @@ protected:
     }
 
     // The images as the kernels see them, from the plan's first common row or column on.
-    RayGroup MakeGroup(const RayGroupPlan& plan) const {
+    RayGroup MakeGroup(const Side& side, const RayGroupPlan& plan) const {
         RayGroup group{};
         const Ray& ray = plan.rays[0];
-        const Image& image = imageIn;
         constexpr std::ptrdiff_t pixel = kChannels;
-        constexpr std::ptrdiff_t sumPixel = kAccumulatorFloats;
-        const std::ptrdiff_t row = image.width * pixel;
-        const std::ptrdiff_t sumRow = image.width * sumPixel;
-        const std::ptrdiff_t first = plan.firstMajor;
+        const std::ptrdiff_t row = imageIn.width * pixel;
         group.imageMinor = ray.isXMajor ? row : pixel;
         group.imageStep = ray.sign * (ray.isXMajor ? pixel : row);
-        group.image =
-            reinterpret_cast<const float*>(image.data) + first * (ray.isXMajor ? pixel : row);
-        group.accumulatorMinor = ray.isXMajor ? sumRow : sumPixel;
-        group.accumulatorStep = ray.sign * (ray.isXMajor ? sumPixel : sumRow);
-        group.accumulator = reinterpret_cast<float*>(accumulator_.data) +
-                            first * (ray.isXMajor ? sumPixel : sumRow);
-        group.minorSize = ray.isXMajor ? image.height : image.width;
+        group.image = reinterpret_cast<const float*>(imageIn.data) +
+                      plan.firstMajor * (ray.isXMajor ? pixel : row);
+        group.sums = &side.sums.Lanes();
+        group.lane = side.sums.LaneOf(plan.firstMajor);
+        group.minorSize = ray.isXMajor ? imageIn.height : imageIn.width;
         group.prefetch = plan.Prefetch();
         for (int g = 0; g < kRaysInGroup; ++g) {
             group.slope[g] = plan.rays[g].slope;
         }
         return group;
+    }
+
+    // For the group's steps from to end; its rays are at the first of them.
+    static void OpenLanes(Side& side, const RayGroup& group, std::int32_t from, std::int32_t end) {
+        side.sums.OpenLanes(group.lane + from, group.lane + end, group.minor[0], group.slope[0]);
     }
 
     // In steps of the ray's major axis.
@@ -355,7 +417,11 @@ protected:
             for (int c = 0; c < kChannels; ++c) {
                 weighted[c] = part * value[c];
             }
-            AddNow(accumulator_.Pixel(x, y), weighted, static_cast<float>(part));
+            AddNow(SumsOf(side, x, y, major, minor), weighted, static_cast<float>(part));
+            return;
+        }
+        std::uint32_t place = 0;
+        if (!PlaceOfSums(x, y, place)) {
             return;
         }
         auto* entry = lists_[side.index].Append();
@@ -363,8 +429,7 @@ protected:
             side.isOutOfMemory = true;
             return;
         }
-        entry->pixel = static_cast<std::uint32_t>(y) * static_cast<std::uint32_t>(imageIn.width) +
-                       static_cast<std::uint32_t>(x);
+        entry->pixel = place;
         entry->weight = static_cast<float>(part);
         for (int c = 0; c < kChannels; ++c) {
             entry->value[c] = part * value[c];
@@ -372,6 +437,25 @@ protected:
     }
 
 private:
+    unsigned char* SumsOf(const Side& side, std::int32_t x, std::int32_t y, std::int32_t major,
+                          std::int32_t minor) const {
+        if (side.fastBuffer != nullptr) {
+            return reinterpret_cast<unsigned char*>(side.sums.Sums(side.sums.LaneOf(major), minor));
+        }
+        return accumulator_.Pixel(x, y);
+    }
+
+    // Which of the accumulator's pixels; in the fast form there is none for a sector's own, which
+    // no other side reaches.
+    bool PlaceOfSums(std::int32_t x, std::int32_t y, std::uint32_t& place) const {
+        if (seamMemory_ != nullptr) {
+            return seams_.Find(x, y, place);
+        }
+        place = static_cast<std::uint32_t>(y) * static_cast<std::uint32_t>(imageIn.width) +
+                static_cast<std::uint32_t>(x);
+        return true;
+    }
+
     // Sums are formed in double and kept in single precision; weights in single precision.
     static void AddNow(unsigned char* pixel, const double* weighted, float weight) {
         for (int c = 0; c < kChannels; ++c) {
@@ -387,23 +471,38 @@ private:
         AddNow(accumulator_.data + offset, entry.value, entry.weight);
     }
 
-    // Pixels that no ray reached come out as 0.
     void NormalizeRow(std::int32_t y) const {
-        const RowKernels* kernels = SelectRowKernels();
-        if (kernels != nullptr) {
-            kernels->normalize[kChannels](reinterpret_cast<float*>(imageOut.Row(y)),
-                                          reinterpret_cast<const float*>(accumulator_.Row(y)),
-                                          imageOut.width);
+        if (seamMemory_ == nullptr) {
+            NormalizePixels(0, y, imageOut.width, accumulator_.Row(y));
             return;
         }
-        for (std::int32_t x = 0; x < imageOut.width; ++x) {
-            const unsigned char* sums = accumulator_.Pixel(x, y);
+        const SeamMap::Run* runs = seams_.RowRuns(y);
+        for (const SeamMap::Run* run = runs; !SeamMap::IsLast(runs, run); ++run) {
+            NormalizePixels(
+                run->first, y, run->end - run->first,
+                accumulator_.data + static_cast<std::size_t>(run->slot) *
+                                        static_cast<std::size_t>(AccumulatorPixel::kSize));
+        }
+    }
+
+    // Pixels that no ray reached come out as 0.
+    void NormalizePixels(std::int32_t first, std::int32_t y, std::int32_t count,
+                         const unsigned char* sums) const {
+        unsigned char* out = imageOut.Pixel(first, y);
+        const RowKernels* kernels = SelectRowKernels();
+        if (kernels != nullptr) {
+            kernels->normalize[kChannels](reinterpret_cast<float*>(out),
+                                          reinterpret_cast<const float*>(sums), count);
+            return;
+        }
+        for (std::int32_t x = 0; x < count; ++x) {
             const double weight = LoadChannel<float>(sums, kChannels);
             const double factor = weight != 0.0 ? 1.0 / weight : 0.0;
-            unsigned char* out = imageOut.Pixel(x, y);
             for (int c = 0; c < kChannels; ++c) {
                 StoreChannel(out, c, static_cast<float>(LoadChannel<float>(sums, c) * factor));
             }
+            sums += AccumulatorPixel::kSize;
+            out += imageOut.Stride();
         }
     }
 
@@ -422,6 +521,12 @@ private:
         return ReportStep(progressPosition_, progressRange_, done, totalSteps_);
     }
 
+    AccumulatorType accumulator_;
+    SideZone zones_[kSideCount];
+    SideSectors sectors_[kSideCount];
+    // The fast form's: where the accumulator has which pixel.
+    SeamMap seams_;
+    void* seamMemory_ = nullptr;
     ContributionList<kChannels> lists_[kSideCount];
     std::int32_t sideStatus_[kSideCount] = {};
     std::uint32_t totalSteps_ = 0;

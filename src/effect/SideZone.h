@@ -16,6 +16,8 @@ public:
     SideZone() = default;
     SideZone(const RayField& field, std::uint32_t side);
 
+    bool IsEmpty() const { return isEmpty_; }
+
     bool Contains(std::int32_t x, std::int32_t y) const {
         if (isEmpty_) {
             return false;

@@ -93,7 +93,7 @@ private:
         if (!plan.Make(rays) || *std::max_element(plan.lead, plan.lead + kRaysInGroup) > 0) {
             return false;
         }
-        SampleGroup(side.fast.lines, plan);
+        SampleGroup(side, plan);
         SumGroup(side.fast.lines, plan);
         ScatterGroup(side, plan);
         return true;
@@ -113,8 +113,9 @@ private:
 
     // Longer rays go on alone; then each line is extended by its last sample, two entries beyond
     // the longest, and by its first.
-    void SampleGroup(const SpectralLines& lines, const RayGroupPlan& plan) const {
-        RayGroup group = this->MakeGroup(plan);
+    void SampleGroup(const Side& side, const RayGroupPlan& plan) const {
+        const SpectralLines& lines = side.fast.lines;
+        RayGroup group = this->MakeGroup(side, plan);
         for (int g = 0; g < kRaysInGroup; ++g) {
             group.minor[g] = plan.rays[g].minor;
         }
@@ -184,7 +185,7 @@ private:
     }
 
     void ScatterGroup(Side& side, const RayGroupPlan& plan) {
-        RayGroup group = this->MakeGroup(plan);
+        RayGroup group = this->MakeGroup(side, plan);
         std::int32_t safe[kRaysInGroup];
         std::int32_t tested = 0;
         for (int g = 0; g < kRaysInGroup; ++g) {
@@ -198,7 +199,8 @@ private:
                 ScatterStep(side, plan.rays[g], g, i, true, group.minor[g]);
             }
         }
-        group.accumulator += tested * group.accumulatorStep;
+        this->OpenLanes(side, group, tested, plan.common);
+        group.lane += tested;
         group.steps = plan.common - tested;
         constexpr int hasAlpha = kChannels > kColors ? 1 : 0;
         kernels_->scatter[kChannels][hasAlpha](group, side.fast.lines, RuleOfGroup(plan), tested);

@@ -1,5 +1,5 @@
 // Loading and storing the floats of one pixel. Included inside the unnamed namespace of a kernel
-// source file.
+// source file, behind the Vector4.
 
 inline __m128 LoadPair(const float* from) {
     return _mm_castsi128_ps(_mm_loadu_si64(from));
@@ -36,4 +36,12 @@ inline void StoreFloats(float* to, __m128 v) {
     } else {
         _mm_storeu_ps(to, v);
     }
+}
+
+// The channels of a pixel from its sums and the weight behind them; 0 where there is no weight.
+template <int channels>
+inline void NormalizePixel(float* out, const float* sums) {
+    const double weight = static_cast<double>(sums[channels]);
+    const double factor = weight != 0.0 ? 1.0 / weight : 0.0;
+    StoreFloats<channels>(out, Narrow(Widen(LoadFloats<channels>(sums)) * Set(factor)));
 }

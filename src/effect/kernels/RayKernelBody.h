@@ -160,40 +160,71 @@ inline double WindowMean1(const double* prefix, const WindowPositions& windows, 
     return sum / windows.divisor[i];
 }
 
+// Finishes the pixels of a lane that no ray from this place on touches, and gives the lane's sums.
+template <int channels>
+inline float* PassLane(const LaneSums& target, std::int32_t index, std::int32_t pixel) {
+    constexpr std::ptrdiff_t floats = channels + 1;
+    float* sums = target.sums + index * (kOpenPixels * floats);
+    SumLane& lane = target.lanes[index];
+    const std::int32_t wanted = (target.travel > 0 ? pixel : -(pixel + 1)) - 1;
+    for (; lane.next < wanted; ++lane.next) {
+        const std::int32_t closed = lane.next * target.travel;
+        const std::int32_t opened = closed + kOpenPixels * target.travel;
+        if (closed < lane.first || closed >= lane.end || opened < lane.first ||
+            opened >= lane.end) {
+            target.exchange(target.owner, index, closed);
+            continue;
+        }
+        float* slot = sums + (closed & (kOpenPixels - 1)) * floats;
+        NormalizePixel<channels>(target.out + index * target.outStep + closed * target.outMinor,
+                                 slot);
+        if constexpr (channels == 4) {
+            slot[4] = 0.0f;
+        }
+        StoreFloats<(channels < 4 ? channels + 1 : 4)>(slot, _mm_setzero_ps());
+    }
+    return sums;
+}
+
+// The open sums of the two pixels beside a ray.
+struct PixelPair {
+    float* first;
+    float* second;
+};
+
+template <int channels>
+inline PixelPair PairOf(float* sums, std::int32_t first, std::int32_t size) {
+    constexpr std::ptrdiff_t floats = channels + 1;
+    const std::int32_t second = first == size - 1 ? first : first + 1;
+    return {sums + (first & (kOpenPixels - 1)) * floats,
+            sums + (second & (kOpenPixels - 1)) * floats};
+}
+
 template <int channels>
 void Scatter(RayGroup& group, const WindowPositions* windows) {
     Vector4 minor = Load(group.minor);
     const Vector4 slope = Load(group.slope);
-    float* row = group.accumulator;
-    const std::ptrdiff_t ahead = group.prefetch * group.accumulatorMinor;
     for (std::int32_t i = 0; i < group.steps; ++i) {
         Places places;
         const bool allInside = FindPlaces(places, minor, group.minorSize);
+        float* sums = PassLane<channels>(*group.sums, group.lane + i, places.first[0]);
         for (int g = 0; g < kRaysInGroup; ++g) {
             if (!allInside && !places.isInside[g]) {
                 continue;
             }
-            float* first = row + places.first[g] * group.accumulatorMinor;
-            float* second =
-                places.first[g] == group.minorSize - 1 ? first : first + group.accumulatorMinor;
+            const PixelPair pair = PairOf<channels>(sums, places.first[g], group.minorSize);
             const double share = places.share[g];
             if constexpr (channels == 1) {
                 const double value = WindowMean1(group.prefix[g], windows[g], i);
-                AddToPixel1(first, value, 1.0 - share);
-                AddToPixel1(second, value, share);
+                AddToPixel1(pair.first, value, 1.0 - share);
+                AddToPixel1(pair.second, value, share);
             } else {
                 const Vector4 value = WindowMean<channels>(group.prefix[g], windows[g], i);
-                AddToPixel<channels>(first, value, 1.0 - share);
-                AddToPixel<channels>(second, value, share);
+                AddToPixel<channels>(pair.first, value, 1.0 - share);
+                AddToPixel<channels>(pair.second, value, share);
             }
         }
-        if (ahead != 0) {
-            _mm_prefetch(reinterpret_cast<const char*>(
-                             row + places.first[kRaysInGroup - 1] * group.accumulatorMinor + ahead),
-                         _MM_HINT_T0);
-        }
         minor = minor + slope;
-        row += group.accumulatorStep;
     }
     Store(group.minor, minor);
 }

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "effect/kernels/LaneSums.h"
+
 namespace mv {
 
 constexpr int kRaysInGroup = 4;
@@ -16,9 +18,8 @@ struct RayGroup {
     const float* image;         // first channel of minor coordinate 0 in the first row or column
     std::ptrdiff_t imageStep;   // floats to the next row or column, in the rays' direction
     std::ptrdiff_t imageMinor;  // floats to the next pixel on the minor axis
-    float* accumulator;
-    std::ptrdiff_t accumulatorStep;
-    std::ptrdiff_t accumulatorMinor;
+    const LaneSums* sums;       // where scatter adds to
+    std::int32_t lane;          // the first step's
     std::int32_t minorSize;
     std::int32_t steps;
     std::ptrdiff_t prefetch;  // pixels on the minor axis toward the next group; 0 for none
@@ -49,8 +50,9 @@ struct RayKernels {
     // Samples steps entries of each ray's line and sums them onto entry -1. minor comes back as
     // the coordinates behind the last step.
     void (*sample[5])(RayGroup& group);
-    // Adds each step's window mean, weighted, to the accumulator. windows[g] belongs to ray g's
-    // first step, prefix[g] to entry 0 of its line. minor comes back as in sample.
+    // Adds each step's window mean, weighted, to the sums of its lane, all opened before.
+    // windows[g] belongs to ray g's first step, prefix[g] to entry 0 of its line. minor comes back
+    // as in sample.
     void (*scatter[5])(RayGroup& group, const WindowPositions* windows);
 };
 

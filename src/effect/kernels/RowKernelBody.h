@@ -90,11 +90,8 @@ void ShiftToFloat(float* out, const float* upper, const float* lower, const Shif
 template <int channels>
 void Normalize(float* out, const float* sums, std::int32_t pixels) {
     for (std::int32_t x = 0; x < pixels; ++x) {
-        const float* pixel = sums + std::ptrdiff_t{x} * (channels + 1);
-        const double weight = static_cast<double>(pixel[channels]);
-        const double factor = weight != 0.0 ? 1.0 / weight : 0.0;
-        const Vector4 value = Widen(LoadFloats<channels>(pixel)) * Set(factor);
-        StoreFloats<channels>(out + std::ptrdiff_t{x} * channels, Narrow(value));
+        NormalizePixel<channels>(out + std::ptrdiff_t{x} * channels,
+                                 sums + std::ptrdiff_t{x} * (channels + 1));
     }
 }
 

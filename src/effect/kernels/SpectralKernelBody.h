@@ -197,33 +197,30 @@ void SpectralScatter(RayGroup& group, const SpectralLines& lines, const Spectral
                      std::int32_t from) {
     Vector4 minor = Load(group.minor);
     const Vector4 slope = Load(group.slope);
-    float* row = group.accumulator;
     for (std::int32_t i = 0; i < group.steps; ++i) {
         Places places;
         const bool allInside = FindPlaces(places, minor, group.minorSize);
         Vector4 values[4] = {Set(0.0), Set(0.0), Set(0.0), Set(0.0)};
         StepValues<colors, channels>(values, lines, rule, from + i);
         Transpose(values);
+        float* sums = PassLane<channels>(*group.sums, group.lane + i, places.first[0]);
         for (int g = 0; g < kRaysInGroup; ++g) {
             if (!allInside && !places.isInside[g]) {
                 continue;
             }
-            float* first = row + places.first[g] * group.accumulatorMinor;
-            float* second =
-                places.first[g] == group.minorSize - 1 ? first : first + group.accumulatorMinor;
+            const PixelPair pair = PairOf<channels>(sums, places.first[g], group.minorSize);
             const double share = places.share[g];
             if constexpr (channels == 1) {
                 double lanes[4];
                 Store(lanes, values[g]);
-                AddToPixel1(first, lanes[0], 1.0 - share);
-                AddToPixel1(second, lanes[0], share);
+                AddToPixel1(pair.first, lanes[0], 1.0 - share);
+                AddToPixel1(pair.second, lanes[0], share);
             } else {
-                AddToPixel<channels>(first, values[g], 1.0 - share);
-                AddToPixel<channels>(second, values[g], share);
+                AddToPixel<channels>(pair.first, values[g], 1.0 - share);
+                AddToPixel<channels>(pair.second, values[g], share);
             }
         }
         minor = minor + slope;
-        row += group.accumulatorStep;
     }
     Store(group.minor, minor);
 }

@@ -35,8 +35,8 @@ struct SpectralKernels {
     // Sums entries 0 to steps + 1 upward, and fewest to -2 downward onto entry fewest + 1, for all
     // four rays; what lies above in longer lines is the caller's.
     void (*sum[5])(const SpectralLines& lines, std::int32_t steps, std::int32_t fewest);
-    // Adds the windows of the steps from on, group.steps of them, to the accumulator. colors is
-    // channels, or one less when the last is alpha.
+    // Adds the windows of the steps from on, group.steps of them, to the sums of their lanes.
+    // colors is channels, or one less when the last is alpha.
     void (*scatter[5][2])(RayGroup& group, const SpectralLines& lines, const SpectralRule& rule,
                           std::int32_t from);
 };

@@ -1,0 +1,158 @@
+#include "effect/SectorSums.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace mv {
+
+void SectorSums::SetUp(void* memory, const BlurTarget& target, std::uint32_t side) {
+    target_ = target;
+    side_ = side;
+    const std::int32_t most = std::max(target.width, target.height);
+    lanes_.lanes = static_cast<SumLane*>(memory);
+    lanes_.sums = reinterpret_cast<float*>(lanes_.lanes + most);
+    lanes_.owner = this;
+    lanes_.exchange = [](void* owner, std::int32_t lane, std::int32_t pixel) {
+        auto* sums = static_cast<SectorSums*>(owner);
+        sums->Close(lane, pixel);
+        sums->Open(lane, pixel + kOpenPixels * sums->lanes_.travel);
+    };
+}
+
+void SectorSums::Begin(const RaySector& sector) {
+    sector_ = sector;
+    const bool isXMajor = sector.IsXMajor();
+    laneCount_ = isXMajor ? target_.width : target_.height;
+    laneSize_ = isXMajor ? target_.height : target_.width;
+    const std::ptrdiff_t pixel = target_.channels;
+    const std::ptrdiff_t row = target_.width * pixel;
+    lanes_.travel = sector.Travel();
+    lanes_.outMinor = isXMajor ? row : pixel;
+    lanes_.outStep = sector.Sign() * (isXMajor ? pixel : row);
+    lanes_.out = target_.out + MajorOf(0) * (isXMajor ? pixel : row);
+    for (std::int32_t lane = 0; lane < laneCount_; ++lane) {
+        const std::int32_t major = MajorOf(lane);
+        const PixelRange own = isXMajor ? sector.OwnOfColumn(major) : sector.OwnOfRow(major);
+        lanes_.lanes[lane] = {kUnopened, 0, own.first, own.end};
+    }
+}
+
+void SectorSums::End() {
+    for (std::int32_t lane = 0; lane < laneCount_; ++lane) {
+        SumLane& state = lanes_.lanes[lane];
+        if (state.next != kUnopened) {
+            for (std::int32_t i = 0; i < kOpenPixels; ++i, ++state.next) {
+                Close(lane, lanes_.travel * state.next);
+            }
+        }
+        ClearUnreached(lane);
+    }
+}
+
+void SectorSums::ClearUnreached(std::int32_t lane) {
+    const SumLane& state = lanes_.lanes[lane];
+    // Places start to next - 1 were finished.
+    PixelRange done{state.end, state.end};
+    if (state.next != kUnopened) {
+        done = lanes_.travel > 0 ? PixelRange{state.start, state.next}
+                                 : PixelRange{1 - state.next, 1 - state.start};
+    }
+    const auto clear = [&](std::int32_t from, std::int32_t end) {
+        for (std::int32_t pixel = from; pixel < end; ++pixel) {
+            std::fill_n(OutOf(lane, pixel), target_.channels, 0.0f);
+        }
+    };
+    clear(state.first, std::min(done.first, state.end));
+    clear(std::max(done.end, state.first), state.end);
+}
+
+void SectorSums::OpenLanes(std::int32_t from, std::int32_t end, double minor, double slope) {
+    for (std::int32_t lane = from; lane < end; ++lane) {
+        if (lanes_.lanes[lane].next == kUnopened) {
+            // The ray's own additions may round a little differently: StartLane leaves room.
+            const double place = minor + slope * static_cast<double>(lane - from);
+            const double bounded = std::clamp(place, -1.0, static_cast<double>(laneSize_));
+            StartLane(lane, PlaceOfPixel(static_cast<std::int32_t>(std::floor(bounded))));
+        }
+    }
+}
+
+void SectorSums::StartLane(std::int32_t lane, std::int32_t place) {
+    SumLane& state = lanes_.lanes[lane];
+    state.start = place - 2;
+    state.next = state.start;
+    for (std::int32_t i = 0; i < kOpenPixels; ++i) {
+        Open(lane, lanes_.travel * (state.next + i));
+    }
+}
+
+void SectorSums::Pass(std::int32_t lane, std::int32_t pixel) {
+    SumLane& state = lanes_.lanes[lane];
+    const std::int32_t place = PlaceOfPixel(pixel);
+    if (state.next == kUnopened) {
+        StartLane(lane, place);
+    }
+    for (; state.next < place - 1; ++state.next) {
+        lanes_.exchange(this, lane, lanes_.travel * state.next);
+    }
+}
+
+// What an earlier side reaches takes nothing directly, and what lies in the zone of a later one no
+// ray of this side touches: that side may be at it just now.
+bool SectorSums::IsOfSide(std::int32_t x, std::int32_t y) const {
+    for (std::uint32_t later = side_ + 1; later < kSideCount; ++later) {
+        if (target_.sectors[later].count > 0 && target_.zones[later].Contains(x, y)) {
+            return false;
+        }
+    }
+    return target_.zones[side_].Contains(x, y);
+}
+
+// Null for pixels beside the picture, for the sector's own, and for those of other sides.
+float* SectorSums::SeamSumsOf(std::int32_t lane, std::int32_t pixel) const {
+    if (pixel < 0 || pixel >= laneSize_) {
+        return nullptr;
+    }
+    const std::int32_t major = MajorOf(lane);
+    const std::int32_t x = sector_.IsXMajor() ? major : pixel;
+    const std::int32_t y = sector_.IsXMajor() ? pixel : major;
+    std::uint32_t slot = 0;
+    if (!IsOfSide(x, y) || !target_.seams->Find(x, y, slot)) {
+        return nullptr;
+    }
+    return target_.seamSums + static_cast<std::size_t>(slot) * static_cast<std::size_t>(Floats());
+}
+
+void SectorSums::Open(std::int32_t lane, std::int32_t pixel) {
+    float* sums = Sums(lane, pixel);
+    const float* seam = SeamSumsOf(lane, pixel);
+    if (seam != nullptr) {
+        std::copy_n(seam, Floats(), sums);
+    } else {
+        std::fill_n(sums, Floats(), 0.0f);
+    }
+}
+
+void SectorSums::Close(std::int32_t lane, std::int32_t pixel) {
+    const SumLane& state = lanes_.lanes[lane];
+    if (pixel >= state.first && pixel < state.end) {
+        Finish(lane, pixel);
+        return;
+    }
+    float* seam = SeamSumsOf(lane, pixel);
+    if (seam != nullptr) {
+        std::copy_n(Sums(lane, pixel), Floats(), seam);
+    }
+}
+
+void SectorSums::Finish(std::int32_t lane, std::int32_t pixel) {
+    const float* sums = Sums(lane, pixel);
+    const double weight = sums[target_.channels];
+    const double factor = weight != 0.0 ? 1.0 / weight : 0.0;
+    float* out = OutOf(lane, pixel);
+    for (int c = 0; c < target_.channels; ++c) {
+        out[c] = static_cast<float>(sums[c] * factor);
+    }
+}
+
+}  // namespace mv
