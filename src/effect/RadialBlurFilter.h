@@ -18,7 +18,7 @@ class RadialBlurFilter final
 
     static constexpr int kLineCount = 2;
     static constexpr const char* kName = "RadialBlurFilter";
-    static constexpr int kStride = PrefixStride(kChannels);
+    static constexpr int kEntry = EntryDoubles(kChannels);
 
 public:
     using Base::Base;
@@ -27,11 +27,13 @@ private:
     // Lines and windows of four rays. The shared table serves every ray of a side where windows
     // depend on the step alone.
     struct FastState {
-        double* prefix[kRaysInGroup] = {};
-        double* last[kRaysInGroup] = {};
+        double* lines = nullptr;
+        double* last = nullptr;
         WindowTable shared;
         WindowTable own[kRaysInGroup];
         bool hasShared = false;
+        // No shared window ends beyond its step.
+        bool reachesBackOnly = false;
     };
 
     // lines[0] holds the samples, lines[1] becomes their running sum, entries 0 to n + 1.
@@ -72,81 +74,158 @@ private:
             return 0;
         }
         const std::int32_t steps = this->LongestLine();
-        return kRaysInGroup * LineDoubles(steps) + (kRaysInGroup + 1) * WindowTable::Doubles(steps);
+        return LineDoubles(steps) + (kRaysInGroup + 1) * WindowTable::Doubles(steps);
     }
 
-    // Entries from -2 on, and the last sample behind them.
-    static std::uint64_t LineDoubles(std::int32_t steps) {
-        return static_cast<std::uint64_t>(steps + kLineSlack + 1) * kStride + 4;
+    // Steps that a ray of a group may walk before the first common one.
+    std::int32_t MostLead() const { return std::min(this->LongestLine(), 2048); }
+
+    // Room for the leads and two entries before them, and the last samples behind.
+    std::uint64_t LineDoubles(std::int32_t steps) const {
+        return static_cast<std::uint64_t>(MostLead() + steps + kLineSlack + 2) * kEntry;
     }
 
     void PrepareFast(Side& side) const {
         FastState& fast = side.fast;
         const std::int32_t steps = this->LongestLine();
         double* memory = side.fastBuffer;
-        for (int g = 0; g < kRaysInGroup; ++g) {
-            fast.prefix[g] = memory + kLineLead * kStride;
-            fast.last[g] = memory + LineDoubles(steps) - 4;
-            memory += LineDoubles(steps);
-        }
+        fast.lines = memory + (kLineLead + MostLead()) * kEntry;
+        memory += LineDoubles(steps);
+        fast.last = memory - kEntry;
         for (WindowTable& table : fast.own) {
-            table.SetMemory(memory, steps);
+            table.SetMemory(memory);
             memory += WindowTable::Doubles(steps);
         }
-        fast.shared.SetMemory(memory, steps);
+        fast.shared.SetMemory(memory);
         fast.hasShared = this->AreWindowsAlike();
         if (fast.hasShared) {
             const WindowRule rule{0.0, 0.0, this->strength, this->zoomStart};
             fast.shared.FillAll(rule, 0, steps, INT32_MAX);
+            fast.reachesBackOnly = true;
+            for (std::int32_t i = 0; i < steps && fast.reachesBackOnly; ++i) {
+                fast.reachesBackOnly = fast.shared.From(i)->high <= i;
+            }
         }
     }
 
-    bool BlurGroup(Side& side, const Ray* rays) {
+    // How far four rays have come: common steps that are sampled, and those that are scattered.
+    struct Walk {
         RayGroupPlan plan;
-        if (!plan.Make(rays)) {
+        RayGroup sample;
+        RayGroup scatter;
+        std::int32_t sampled = 0;
+        std::int32_t scattered = 0;
+        std::int32_t safe[kRaysInGroup];  // see SideZone::SafeStep
+        std::int32_t tested = 0;          // common steps before all rays are safe
+    };
+
+    bool BlurGroup(Side& side, const Ray* rays) {
+        Walk walk;
+        if (!walk.plan.Make(rays) ||
+            *std::max_element(walk.plan.lead, walk.plan.lead + kRaysInGroup) > MostLead()) {
             return false;
         }
-        SampleGroup(side, plan);
-        const std::int32_t ownFrom = PlaceWindows(side, plan);
-        ScatterGroup(side, plan, ownFrom);
+        FastState& fast = side.fast;
+        const std::int32_t common = walk.plan.common;
+        const std::int32_t ownFrom = PlaceWindows(side, walk.plan);
+        StartWalk(side, walk);
+        // Both in one go where no window waits for samples beyond its step.
+        const std::int32_t bothEnd = fast.reachesBackOnly ? std::min(ownFrom, common - 1) : 0;
+        const bool goesInOne = walk.tested < bothEnd;
+        SampleLeads(fast, walk);
+        SampleTo(fast, walk, goesInOne ? walk.tested + 1 : common);
+        if (!goesInOne) {
+            SampleTails(fast, walk);
+        }
+        ScatterTested(side, walk, ownFrom);
+        if (goesInOne) {
+            BlurTo(fast, walk, bothEnd);
+            SampleTo(fast, walk, common);
+            SampleTails(fast, walk);
+        }
+        ScatterTo(fast, walk, ownFrom, true);
+        ScatterTo(fast, walk, common, false);
+        ScatterTails(side, walk);
         return true;
     }
 
-    void SampleGroup(Side& side, RayGroupPlan& plan) const {
-        FastState& fast = side.fast;
-        RayGroup group = this->MakeGroup(side, plan);
-        double minor[kRaysInGroup];
+    void StartWalk(const Side& side, Walk& walk) const {
+        walk.sample = this->MakeGroup(side, walk.plan);
         for (int g = 0; g < kRaysInGroup; ++g) {
-            minor[g] = plan.rays[g].minor;
-            for (std::int32_t i = 0; i < plan.lead[g]; ++i) {
-                SampleStep(fast, plan, g, i, minor[g]);
-            }
-            group.minor[g] = minor[g];
-            group.prefix[g] = fast.prefix[g] + plan.lead[g] * kStride;
-            group.last[g] = fast.last[g];
+            const Ray& ray = walk.plan.rays[g];
+            walk.sample.minor[g] = ray.minor;
+            // Windows count their entries from the line's first sample.
+            walk.sample.line[g] = LineOf(side.fast, walk.plan, g);
+            walk.safe[g] = side.zone.SafeStep(ray);
+            walk.tested = std::max(walk.tested, walk.safe[g] - walk.plan.lead[g]);
         }
-        group.steps = plan.common;
-        kernels_->sample[kChannels](group);
+        walk.tested = std::min(walk.tested, walk.plan.common);
+        walk.sample.last = side.fast.last;
+        walk.scatter = walk.sample;
+    }
+
+    // Entry 0 of a ray's line. The lines lie entry by entry from the first common step on.
+    static double* LineOf(const FastState& fast, const RayGroupPlan& plan, int g) {
+        return fast.lines - std::ptrdiff_t{plan.lead[g]} * kEntry + RayOffset(kChannels, g);
+    }
+
+    void SampleLeads(const FastState& fast, Walk& walk) const {
         for (int g = 0; g < kRaysInGroup; ++g) {
-            const std::int32_t n = plan.rays[g].steps;
-            for (std::int32_t i = plan.lead[g] + plan.common; i < n; ++i) {
-                SampleStep(fast, plan, g, i, group.minor[g]);
-            }
-            double* end = fast.prefix[g] + n * kStride;
-            for (int c = 0; c < kChannels; ++c) {
-                end[c] = end[c - kStride] + fast.last[g][c];
-                end[kStride + c] = end[c] + fast.last[g][c];
+            std::fill_n(LineOf(fast, walk.plan, g) - kEntry, kChannels, 0.0);
+            for (std::int32_t i = 0; i < walk.plan.lead[g]; ++i) {
+                SampleStep(fast, walk.plan, g, i, walk.sample.minor[g]);
             }
         }
     }
 
-    void SampleStep(FastState& fast, const RayGroupPlan& plan, int g, std::int32_t i,
+    // The next steps of the kernels' share, in the images and on the lines.
+    RayGroup Part(const FastState& fast, const RayGroup& group, std::int32_t done,
+                  std::int32_t steps) const {
+        RayGroup part = group;
+        part.image += done * group.imageStep;
+        part.lines = fast.lines + std::ptrdiff_t{done} * kEntry;
+        part.lane += done;
+        part.steps = steps;
+        return part;
+    }
+
+    static void TakeMinor(RayGroup& to, const RayGroup& from) {
+        std::copy(from.minor, from.minor + kRaysInGroup, to.minor);
+    }
+
+    void SampleTo(const FastState& fast, Walk& walk, std::int32_t end) const {
+        if (walk.sampled < end) {
+            RayGroup part = Part(fast, walk.sample, walk.sampled, end - walk.sampled);
+            kernels_->sample[kChannels](part);
+            TakeMinor(walk.sample, part);
+            walk.sampled = end;
+        }
+    }
+
+    // What rays have beyond the common steps, and two entries beyond their ends.
+    void SampleTails(const FastState& fast, Walk& walk) const {
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            const std::int32_t n = walk.plan.rays[g].steps;
+            for (std::int32_t i = walk.plan.lead[g] + walk.plan.common; i < n; ++i) {
+                SampleStep(fast, walk.plan, g, i, walk.sample.minor[g]);
+            }
+            const double* last = fast.last + RayOffset(kChannels, g);
+            double* end = LineOf(fast, walk.plan, g) + std::ptrdiff_t{n} * kEntry;
+            for (int c = 0; c < kChannels; ++c) {
+                end[c] = end[c - kEntry] + last[c];
+                end[kEntry + c] = end[c] + last[c];
+            }
+        }
+    }
+
+    void SampleStep(const FastState& fast, const RayGroupPlan& plan, int g, std::int32_t i,
                     double& minor) const {
         const Ray& ray = plan.rays[g];
-        double* entry = fast.prefix[g] + i * kStride;
-        this->SamplePixel(ray, ray.start + ray.sign * i, minor, fast.last[g]);
+        double* last = fast.last + RayOffset(kChannels, g);
+        double* entry = LineOf(fast, plan, g) + std::ptrdiff_t{i} * kEntry;
+        this->SamplePixel(ray, ray.start + ray.sign * i, minor, last);
         for (int c = 0; c < kChannels; ++c) {
-            entry[c] = entry[c - kStride] + fast.last[g][c];
+            entry[c] = entry[c - kEntry] + last[c];
         }
         minor += ray.slope;
     }
@@ -170,69 +249,76 @@ private:
         return ownFrom;
     }
 
-    void ScatterGroup(Side& side, RayGroupPlan& plan, std::int32_t ownFrom) {
-        FastState& fast = side.fast;
-        RayGroup group = this->MakeGroup(side, plan);
-        std::int32_t tested = 0;
-        std::int32_t safe[kRaysInGroup];
+    // Leads, and the common steps at which an earlier side may be met.
+    void ScatterTested(Side& side, Walk& walk, std::int32_t ownFrom) {
+        const RayGroupPlan& plan = walk.plan;
         for (int g = 0; g < kRaysInGroup; ++g) {
-            safe[g] = side.zone.SafeStep(plan.rays[g]);
-            tested = std::max(tested, safe[g] - plan.lead[g]);
-            group.minor[g] = plan.rays[g].minor;
             for (std::int32_t i = 0; i < plan.lead[g]; ++i) {
-                ScatterStep(side, plan, g, i, i < safe[g], fast.own[g], group.minor[g]);
+                ScatterStep(side, walk, g, i, i < walk.safe[g], side.fast.own[g]);
             }
         }
-        tested = std::min(tested, plan.common);
-        for (std::int32_t i = 0; i < tested; ++i) {
+        for (std::int32_t i = 0; i < walk.tested; ++i) {
             for (int g = 0; g < kRaysInGroup; ++g) {
-                const WindowTable& table = i < ownFrom ? fast.shared : fast.own[g];
-                ScatterStep(side, plan, g, plan.lead[g] + i, true, table, group.minor[g]);
+                const WindowTable& table = i < ownFrom ? side.fast.shared : side.fast.own[g];
+                ScatterStep(side, walk, g, plan.lead[g] + i, true, table);
             }
         }
-        this->OpenLanes(side, group, tested, plan.common);
-        RunScatter(fast, plan, group, tested, std::max(tested, ownFrom), true);
-        RunScatter(fast, plan, group, std::max(tested, ownFrom), plan.common, false);
-        for (int g = 0; g < kRaysInGroup; ++g) {
-            for (std::int32_t i = plan.lead[g] + plan.common; i < plan.rays[g].steps; ++i) {
-                ScatterStep(side, plan, g, i, i < safe[g], fast.own[g], group.minor[g]);
-            }
-        }
+        walk.scattered = walk.tested;
     }
 
-    // Common steps from to end, with the shared table or the rays' own ones.
-    void RunScatter(const FastState& fast, const RayGroupPlan& plan, RayGroup& group,
-                    std::int32_t from, std::int32_t end, bool useShared) const {
-        if (from >= end) {
+    // One step is sampled ahead.
+    void BlurTo(const FastState& fast, Walk& walk, std::int32_t end) const {
+        RayGroup part = Part(fast, walk.scatter, walk.sampled, end - walk.scattered);
+        part.lane = walk.scatter.lane + walk.scattered;
+        kernels_->blur[kChannels](part, fast.shared.From(walk.scattered));
+        TakeMinor(walk.scatter, part);
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            walk.sample.minor[g] = part.minor[g] + part.slope[g];
+        }
+        walk.sampled += end - walk.scattered;
+        walk.scattered = end;
+    }
+
+    // Common steps with the shared table or the rays' own ones.
+    void ScatterTo(const FastState& fast, Walk& walk, std::int32_t end, bool useShared) const {
+        if (walk.scattered >= end) {
             return;
         }
-        RayGroup part = group;
-        part.lane += from;
-        part.steps = end - from;
-        WindowPositions windows[kRaysInGroup];
+        RayGroup part = Part(fast, walk.scatter, walk.scattered, end - walk.scattered);
+        const WindowPosition* windows[kRaysInGroup];
         for (int g = 0; g < kRaysInGroup; ++g) {
-            // Windows count their entries from the line's first sample.
-            part.prefix[g] = fast.prefix[g];
-            windows[g] = (useShared ? fast.shared : fast.own[g]).From(plan.lead[g] + from);
+            windows[g] =
+                (useShared ? fast.shared : fast.own[g]).From(walk.plan.lead[g] + walk.scattered);
         }
-        kernels_->scatter[kChannels](part, windows);
-        std::copy(part.minor, part.minor + kRaysInGroup, group.minor);
+        kernels_->scatter[kChannels](part, windows, useShared);
+        TakeMinor(walk.scatter, part);
+        walk.scattered = end;
     }
 
-    void ScatterStep(Side& side, const RayGroupPlan& plan, int g, std::int32_t i, bool mustTest,
-                     const WindowTable& table, double& minor) {
-        const Ray& ray = plan.rays[g];
-        const WindowPositions at = table.From(i);
-        const double* high = side.fast.prefix[g] + *at.high * kStride;
-        const double* low = side.fast.prefix[g] + *at.low * kStride;
+    void ScatterTails(Side& side, Walk& walk) {
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            const std::int32_t from = walk.plan.lead[g] + walk.plan.common;
+            for (std::int32_t i = from; i < walk.plan.rays[g].steps; ++i) {
+                ScatterStep(side, walk, g, i, i < walk.safe[g], side.fast.own[g]);
+            }
+        }
+    }
+
+    void ScatterStep(Side& side, Walk& walk, int g, std::int32_t i, bool mustTest,
+                     const WindowTable& table) {
+        const Ray& ray = walk.plan.rays[g];
+        const WindowPosition& at = *table.From(i);
+        const double* high = walk.scatter.line[g] + std::ptrdiff_t{at.high} * kEntry;
+        const double* low = walk.scatter.line[g] + std::ptrdiff_t{at.low} * kEntry;
         ChannelArray<double, kChannels> value;
         for (int c = 0; c < kChannels; ++c) {
-            const double sum = *at.highKeep * high[c] + *at.highNext * high[c + kStride] -
-                               *at.lowNext * low[c - kStride] - *at.lowKeep * low[c];
-            value[c] = sum / *at.divisor;
+            const double sum = at.highKeep * high[c] + at.highNext * high[c + kEntry] -
+                               at.lowNext * low[c - kEntry] - at.lowKeep * low[c];
+            value[c] = sum / at.divisor;
         }
-        this->SplatStep(side, ray, mustTest, ray.start + ray.sign * i, minor, value);
-        minor += ray.slope;
+        this->SplatStep(side, ray, mustTest, ray.start + ray.sign * i, walk.scatter.minor[g],
+                        value);
+        walk.scatter.minor[g] += ray.slope;
     }
 
     const RayKernels* kernels_ = SelectRayKernels();

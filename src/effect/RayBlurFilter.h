@@ -366,11 +366,6 @@ protected:
         return group;
     }
 
-    // For the group's steps from to end; its rays are at the first of them.
-    static void OpenLanes(Side& side, const RayGroup& group, std::int32_t from, std::int32_t end) {
-        side.sums.OpenLanes(group.lane + from, group.lane + end, group.minor[0], group.slope[0]);
-    }
-
     // In steps of the ray's major axis.
     WindowRule RuleOf(const Ray& ray) const {
         const double step = std::sqrt(1.0 + ray.slope * ray.slope);

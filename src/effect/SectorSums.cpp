@@ -1,7 +1,6 @@
 #include "effect/SectorSums.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace mv {
 
@@ -12,6 +11,10 @@ void SectorSums::SetUp(void* memory, const BlurTarget& target, std::uint32_t sid
     lanes_.lanes = static_cast<SumLane*>(memory);
     lanes_.sums = reinterpret_cast<float*>(lanes_.lanes + most);
     lanes_.owner = this;
+    lanes_.open = [](void* owner, std::int32_t lane, std::int32_t pixel) {
+        auto* sums = static_cast<SectorSums*>(owner);
+        sums->StartLane(lane, sums->PlaceOfPixel(pixel));
+    };
     lanes_.exchange = [](void* owner, std::int32_t lane, std::int32_t pixel) {
         auto* sums = static_cast<SectorSums*>(owner);
         sums->Close(lane, pixel);
@@ -33,7 +36,10 @@ void SectorSums::Begin(const RaySector& sector) {
     for (std::int32_t lane = 0; lane < laneCount_; ++lane) {
         const std::int32_t major = MajorOf(lane);
         const PixelRange own = isXMajor ? sector.OwnOfColumn(major) : sector.OwnOfRow(major);
-        lanes_.lanes[lane] = {kUnopened, 0, own.first, own.end};
+        // As places: both the pixel that is closed and the one that is opened.
+        const std::int32_t from = lanes_.travel > 0 ? own.first : 1 - own.end;
+        const std::int32_t end = lanes_.travel > 0 ? own.end : 1 - own.first;
+        lanes_.lanes[lane] = {kUnopened, from, end - kOpenPixels, 0};
     }
 }
 
@@ -51,30 +57,19 @@ void SectorSums::End() {
 
 void SectorSums::ClearUnreached(std::int32_t lane) {
     const SumLane& state = lanes_.lanes[lane];
-    // Places start to next - 1 were finished.
-    PixelRange done{state.end, state.end};
-    if (state.next != kUnopened) {
-        done = lanes_.travel > 0 ? PixelRange{state.start, state.next}
-                                 : PixelRange{1 - state.next, 1 - state.start};
-    }
+    const std::int32_t ownEnd = state.ownEnd + kOpenPixels;
     const auto clear = [&](std::int32_t from, std::int32_t end) {
-        for (std::int32_t pixel = from; pixel < end; ++pixel) {
-            std::fill_n(OutOf(lane, pixel), target_.channels, 0.0f);
+        for (std::int32_t place = from; place < end; ++place) {
+            std::fill_n(OutOf(lane, lanes_.travel * place), target_.channels, 0.0f);
         }
     };
-    clear(state.first, std::min(done.first, state.end));
-    clear(std::max(done.end, state.first), state.end);
-}
-
-void SectorSums::OpenLanes(std::int32_t from, std::int32_t end, double minor, double slope) {
-    for (std::int32_t lane = from; lane < end; ++lane) {
-        if (lanes_.lanes[lane].next == kUnopened) {
-            // The ray's own additions may round a little differently: StartLane leaves room.
-            const double place = minor + slope * static_cast<double>(lane - from);
-            const double bounded = std::clamp(place, -1.0, static_cast<double>(laneSize_));
-            StartLane(lane, PlaceOfPixel(static_cast<std::int32_t>(std::floor(bounded))));
-        }
+    if (state.next == kUnopened) {
+        clear(state.ownFrom, ownEnd);
+        return;
     }
+    // Places start to next - 1 were finished.
+    clear(state.ownFrom, std::min(state.start, ownEnd));
+    clear(std::max(state.next, state.ownFrom), ownEnd);
 }
 
 void SectorSums::StartLane(std::int32_t lane, std::int32_t place) {
@@ -135,7 +130,8 @@ void SectorSums::Open(std::int32_t lane, std::int32_t pixel) {
 
 void SectorSums::Close(std::int32_t lane, std::int32_t pixel) {
     const SumLane& state = lanes_.lanes[lane];
-    if (pixel >= state.first && pixel < state.end) {
+    const std::int32_t place = lanes_.travel * pixel;
+    if (place >= state.ownFrom && place < state.ownEnd + kOpenPixels) {
         Finish(lane, pixel);
         return;
     }

@@ -49,9 +49,6 @@ public:
         return sector_.Sign() > 0 ? major : laneCount_ - 1 - major;
     }
 
-    // Opens lanes from to end - 1 where they are not yet, for a ray that is at minor on the first.
-    void OpenLanes(std::int32_t from, std::int32_t end, double minor, double slope);
-
     // Gets a lane ready for a ray that touches a pixel and the next one.
     void Pass(std::int32_t lane, std::int32_t pixel);
 

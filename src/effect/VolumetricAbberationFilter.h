@@ -199,7 +199,6 @@ private:
                 ScatterStep(side, plan.rays[g], g, i, true, group.minor[g]);
             }
         }
-        this->OpenLanes(side, group, tested, plan.common);
         group.lane += tested;
         group.steps = plan.common - tested;
         constexpr int hasAlpha = kChannels > kColors ? 1 : 0;

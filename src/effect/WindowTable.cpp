@@ -2,17 +2,6 @@
 
 namespace mv {
 
-void WindowTable::SetMemory(double* memory, std::int32_t steps) {
-    positions_.highKeep = memory;
-    positions_.highNext = memory + steps;
-    positions_.lowNext = memory + 2 * static_cast<std::ptrdiff_t>(steps);
-    positions_.lowKeep = memory + 3 * static_cast<std::ptrdiff_t>(steps);
-    positions_.divisor = memory + 4 * static_cast<std::ptrdiff_t>(steps);
-    positions_.high =
-        reinterpret_cast<std::int32_t*>(memory + 5 * static_cast<std::ptrdiff_t>(steps));
-    positions_.low = positions_.high + steps;
-}
-
 bool WindowTable::Fill(const WindowRule& rule, std::int32_t i, std::int32_t n) {
     const double length = WindowLength(rule, i, 1.0);
     const Window window = PlaceWindow(length, rule.zoomStart, i, n);
@@ -20,13 +9,13 @@ bool WindowTable::Fill(const WindowRule& rule, std::int32_t i, std::int32_t n) {
     const double lowShare = low - window.a;
     const auto high = static_cast<std::int32_t>(window.b);
     const double highShare = window.b - high;
-    positions_.highKeep[i] = 1.0 - highShare;
-    positions_.highNext[i] = highShare;
-    positions_.lowNext[i] = lowShare;
-    positions_.lowKeep[i] = 1.0 - lowShare;
-    positions_.divisor[i] = length > 1.0 ? length : 1.0;
-    positions_.high[i] = high;
-    positions_.low[i] = low;
+    positions_[i] = {1.0 - highShare,
+                     highShare,
+                     lowShare,
+                     1.0 - lowShare,
+                     length > 1.0 ? length : 1.0,
+                     high,
+                     low};
     return !window.isCut;
 }
 

@@ -48,15 +48,16 @@ inline Window PlaceWindow(double length, double zoomStart, std::int32_t i, std::
     return {a, b, isCut};
 }
 
-// Entries of several lines in plain arrays; the memory is the owner's.
+// The windows of the steps of a line; the memory is the owner's.
 class WindowTable {
 public:
     // Doubles that a table for so many steps takes.
     static constexpr std::uint64_t Doubles(std::int32_t steps) {
+        static_assert(sizeof(WindowPosition) == 6 * sizeof(double));
         return static_cast<std::uint64_t>(steps) * 6;
     }
 
-    void SetMemory(double* memory, std::int32_t steps);
+    void SetMemory(double* memory) { positions_ = reinterpret_cast<WindowPosition*>(memory); }
 
     // Step i of a line of n samples. False when the line's end cut the window.
     bool Fill(const WindowRule& rule, std::int32_t i, std::int32_t n);
@@ -67,14 +68,10 @@ public:
     std::int32_t FillCut(const WindowRule& rule, std::int32_t n);
 
     // As of step i.
-    WindowPositions From(std::int32_t i) const {
-        return {positions_.highKeep + i, positions_.highNext + i, positions_.lowNext + i,
-                positions_.lowKeep + i,  positions_.divisor + i,  positions_.high + i,
-                positions_.low + i};
-    }
+    const WindowPosition* From(std::int32_t i) const { return positions_ + i; }
 
 private:
-    WindowPositions positions_{};
+    WindowPosition* positions_ = nullptr;
 };
 
 }  // namespace mv

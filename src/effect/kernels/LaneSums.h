@@ -13,10 +13,11 @@ constexpr std::int32_t kOpenPixels = 8;
 // A lane is a row (or a column) that rays cross. Places along it count in the direction in which
 // the rays of a sector follow each other: pixel times travel.
 struct SumLane {
-    std::int32_t next;   // place of the first open pixel; kUnopened before the first ray
-    std::int32_t start;  // where it was opened
-    std::int32_t first;  // pixels first to end - 1 are the sector's alone
-    std::int32_t end;
+    std::int32_t next;  // of the first open pixel; kUnopened before the first ray
+    std::int32_t
+        ownFrom;          // from ownFrom to ownEnd - 1 the pixel that is closed and the one that is
+    std::int32_t ownEnd;  // then opened are the sector's alone
+    std::int32_t start;   // where the lane was opened
 };
 
 constexpr std::int32_t kUnopened = INT32_MIN;
@@ -31,6 +32,8 @@ struct LaneSums {
     std::ptrdiff_t outStep;   // floats to the next lane
     std::ptrdiff_t outMinor;  // floats to the next pixel of a lane
     std::int32_t travel;      // 1 or -1
+    // Opens the lane for a ray that touches the pixel and the next one.
+    void (*open)(void* owner, std::int32_t lane, std::int32_t pixel);
     // Takes the pixel out of the lane and opens the one kOpenPixels on.
     void (*exchange)(void* owner, std::int32_t lane, std::int32_t pixel);
     void* owner;

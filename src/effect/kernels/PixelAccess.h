@@ -17,7 +17,7 @@ inline __m128 LoadFloats(const float* from) {
     } else if constexpr (count == 2) {
         return LoadPair(from);
     } else if constexpr (count == 3) {
-        return _mm_movelh_ps(LoadPair(from), _mm_load_ss(from + 2));
+        return LoadThree(from);
     } else {
         return _mm_loadu_ps(from);
     }

@@ -25,35 +25,47 @@ struct RayGroup {
     std::ptrdiff_t prefetch;  // pixels on the minor axis toward the next group; 0 for none
     double minor[kRaysInGroup];
     double slope[kRaysInGroup];
-    double* prefix[kRaysInGroup];  // running sums, entry 0 is the first step's
-    double* last[kRaysInGroup];    // takes the last sample, as wide as an entry
+    double* lines;                     // running sums of the four lines, from the first step on
+    double* last;                      // takes the last samples, as wide as an entry
+    const double* line[kRaysInGroup];  // for scatter: entry 0 of each ray's line
 };
 
-// Where the windows of the steps lie on the line, and what their sums are divided by. The sum is
+// Where the window of a step lies on the line, and what its sum is divided by. The sum is
 // highKeep P[high] + highNext P[high + 1] - lowNext P[low - 1] - lowKeep P[low].
-struct WindowPositions {
-    double* highKeep;
-    double* highNext;
-    double* lowNext;
-    double* lowKeep;
-    double* divisor;
-    std::int32_t* high;
-    std::int32_t* low;
+struct WindowPosition {
+    double highKeep;
+    double highNext;
+    double lowNext;
+    double lowKeep;
+    double divisor;
+    std::int32_t high;
+    std::int32_t low;
 };
 
-// Doubles of one prefix entry for so many channels.
-constexpr int PrefixStride(int channels) {
-    return channels == 1 ? 2 : 4;
+// Doubles of one entry of the lines of a group: four for each ray, channels and padding, or, with
+// one channel, one for each ray.
+constexpr int EntryDoubles(int channels) {
+    return channels == 1 ? kRaysInGroup : 4 * kRaysInGroup;
+}
+
+// Where a ray's channels lie in an entry.
+constexpr int RayOffset(int channels, int ray) {
+    return channels == 1 ? ray : 4 * ray;
 }
 
 struct RayKernels {
-    // Samples steps entries of each ray's line and sums them onto entry -1. minor comes back as
+    // Samples steps entries of the lines and sums them onto the entry before. minor comes back as
     // the coordinates behind the last step.
     void (*sample[5])(RayGroup& group);
-    // Adds each step's window mean, weighted, to the sums of its lane, all opened before.
-    // windows[g] belongs to ray g's first step, prefix[g] to entry 0 of its line. minor comes back
-    // as in sample.
-    void (*scatter[5])(RayGroup& group, const WindowPositions* windows);
+    // Adds each step's window mean, weighted, to the sums of its lane. windows[g] is ray g's at the
+    // first step; with areShared the lines start together and windows[0] is every ray's. minor
+    // comes back as in sample.
+    void (*scatter[5])(RayGroup& group, const WindowPosition* const* windows, bool areShared);
+    // Both in one go, for windows that reach no farther than their step: each step is added when
+    // the next one has been sampled. lines and image are those of the step behind the first, which
+    // has been sampled already; minor and lane are the first's, and minor comes back as that of the
+    // step behind the last. line[0] as in scatter.
+    void (*blur[5])(RayGroup& group, const WindowPosition* windows);
 };
 
 enum class InstructionSet { Plain, Sse2, Avx2 };

@@ -202,23 +202,12 @@ void SpectralScatter(RayGroup& group, const SpectralLines& lines, const Spectral
         const bool allInside = FindPlaces(places, minor, group.minorSize);
         Vector4 values[4] = {Set(0.0), Set(0.0), Set(0.0), Set(0.0)};
         StepValues<colors, channels>(values, lines, rule, from + i);
-        Transpose(values);
         float* sums = PassLane<channels>(*group.sums, group.lane + i, places.first[0]);
-        for (int g = 0; g < kRaysInGroup; ++g) {
-            if (!allInside && !places.isInside[g]) {
-                continue;
-            }
-            const PixelPair pair = PairOf<channels>(sums, places.first[g], group.minorSize);
-            const double share = places.share[g];
-            if constexpr (channels == 1) {
-                double lanes[4];
-                Store(lanes, values[g]);
-                AddToPixel1(pair.first, lanes[0], 1.0 - share);
-                AddToPixel1(pair.second, lanes[0], share);
-            } else {
-                AddToPixel<channels>(pair.first, values[g], 1.0 - share);
-                AddToPixel<channels>(pair.second, values[g], share);
-            }
+        if constexpr (channels == 1) {
+            AddGroup<1>(sums, places, allInside, values, group.minorSize);
+        } else {
+            Transpose(values);
+            AddGroup<channels>(sums, places, allInside, values, group.minorSize);
         }
         minor = minor + slope;
     }
@@ -238,7 +227,7 @@ void SpectralSample(RayGroup& group, double* samples) {
             const float* first = row + places.first[g] * group.imageMinor;
             const float* second =
                 places.first[g] == group.minorSize - 1 ? first : first + group.imageMinor;
-            rays[g] = SamplePixel<channels>(first, second, places.share[g]);
+            rays[g] = SamplePixel<channels>(first, second, places.keep[g], places.share[g]);
         }
         Transpose(rays);
         for (int c = 0; c < channels; ++c) {

@@ -12,6 +12,8 @@ namespace {
 
 #include "effect/kernels/PixelAccess.h"
 
+#include "effect/kernels/RaySumsBody.h"
+
 #include "effect/kernels/RayKernelBody.h"
 
 #include "effect/kernels/SpectralKernelBody.h"

@@ -48,6 +48,11 @@ inline Vector4 StoreTruncated(std::int32_t* to, Vector4 v) {
     return {_mm256_cvtepi32_pd(whole)};
 }
 
+// The rest of the register 0; never reads past them.
+inline __m128 LoadThree(const float* from) {
+    return _mm_movelh_ps(_mm_castsi128_ps(_mm_loadu_si64(from)), _mm_load_ss(from + 2));
+}
+
 inline Vector4 Widen(__m128 floats) {
     return {_mm256_cvtps_pd(floats)};
 }

@@ -55,6 +55,11 @@ inline Vector4 StoreTruncated(std::int32_t* to, Vector4 v) {
     return {_mm_cvtepi32_pd(lower), _mm_cvtepi32_pd(upper)};
 }
 
+// The rest of the register 0; never reads past them.
+inline __m128 LoadThree(const float* from) {
+    return _mm_movelh_ps(_mm_castsi128_ps(_mm_loadu_si64(from)), _mm_load_ss(from + 2));
+}
+
 inline Vector4 Widen(__m128 floats) {
     return {_mm_cvtps_pd(floats), _mm_cvtps_pd(_mm_movehl_ps(floats, floats))};
 }

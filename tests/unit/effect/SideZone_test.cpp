@@ -2,50 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
+#include "support/RayFields.h"
 
 namespace mv {
 namespace {
 
-// Every pixel that a ray of the side touches, by walking it.
-template <class Visitor>
-void WalkSide(const RayField& field, std::uint32_t side, Visitor visit) {
-    if (!IsSideLit(field, side)) {
-        return;
-    }
-    for (std::int32_t k = 1; k <= RayCount(field, side); ++k) {
-        const Ray ray = MakeRay(field, EndPixel(field, side, k));
-        double minor = ray.minor;
-        for (std::int32_t i = 0; i < ray.steps; ++i, minor += ray.slope) {
-            const MinorPlace place = PlaceOf(minor, ray.isXMajor ? field.height : field.width);
-            if (!place.isInside) {
-                continue;
-            }
-            const std::int32_t major = ray.start + ray.sign * i;
-            for (const std::int32_t at : {place.first, place.second}) {
-                visit(ray, i, ray.isXMajor ? major : at, ray.isXMajor ? at : major);
-            }
-        }
-    }
-}
-
-std::vector<RayField> Fields() {
-    std::vector<RayField> fields;
-    for (const auto& [width, height] :
-         {std::pair{40, 30}, {7, 90}, {90, 7}, {2, 60}, {60, 2}, {33, 33}, {1, 9}, {9, 1}}) {
-        for (const std::int32_t x : {-1000000, -40, -1, 0, 1, width / 2, width - 2, width - 1,
-                                     width, width + 25, 1 << 30}) {
-            for (const std::int32_t y : {-(1 << 30), -17, -1, 0, 1, height / 2, height - 2,
-                                         height - 1, height, height + 60}) {
-                fields.push_back({width, height, x, y});
-            }
-        }
-    }
-    return fields;
-}
+using test::AllFields;
+using test::WalkSide;
 
 TEST(SideZone, HoldsNoPixelThatAnEarlierSideReaches) {
-    for (const RayField& field : Fields()) {
+    for (const RayField& field : AllFields()) {
         SideZone zones[kSideCount];
         for (std::uint32_t side = 0; side < kSideCount; ++side) {
             zones[side] = SideZone(field, side);
@@ -66,7 +32,7 @@ TEST(SideZone, HoldsNoPixelThatAnEarlierSideReaches) {
 }
 
 TEST(SideZone, HoldsEveryPixelOfARayFromTheSafeStepOn) {
-    for (const RayField& field : Fields()) {
+    for (const RayField& field : AllFields()) {
         for (std::uint32_t side = 0; side < kSideCount; ++side) {
             const SideZone zone(field, side);
             WalkSide(field, side,
