@@ -41,43 +41,48 @@ public:
     }
 
     virtual std::int32_t render_chunk(std::uint32_t thread_index, std::uint32_t, std::uint32_t) {
-        const HslRangeEvaluator evaluator = BuildHslRangeEvaluator<ReferenceChannel>(params);
         const auto y = static_cast<std::int32_t>(thread_index);
-        const bool isLightnessOnly = DependsOnLightnessAlone(evaluator);
-        const bool isHard = isLightnessOnly && !(evaluator.lightness.power > 0.0);
-        if (isHard && !params.showSelection && decoder != nullptr && decoder->HasTable()) {
-            LookUpRow(evaluator, y);
-        } else {
-            for (std::int32_t x = 0; x < destination.width; ++x) {
-                RenderPixel(evaluator, isLightnessOnly, x, y);
-            }
-            if (decoder != nullptr) {
-                decoder->DecodeRow(reinterpret_cast<float*>(destination.Row(y)), destination.width);
-            }
-        }
+        RenderRow(y, destination.Row(y));
         return ReportStep(position_, range_, thread_index,
                           static_cast<std::uint32_t>(destination.height));
     }
 
+    // Puts row y, decoded where a decoder is given, to out, which is as long as one of destination.
+    // For callers that have a use for it at once; any thread.
+    void RenderRow(std::int32_t y, unsigned char* out) const {
+        const HslRangeEvaluator evaluator = BuildHslRangeEvaluator<ReferenceChannel>(params);
+        const bool isLightnessOnly = DependsOnLightnessAlone(evaluator);
+        const bool isHard = isLightnessOnly && !(evaluator.lightness.power > 0.0);
+        if (isHard && !params.showSelection && decoder != nullptr && decoder->HasTable()) {
+            LookUpRow(evaluator, y, out);
+            return;
+        }
+        for (std::int32_t x = 0; x < destination.width; ++x) {
+            RenderPixel(evaluator, isLightnessOnly, x, y, out + x * destination.Stride());
+        }
+        if (decoder != nullptr) {
+            decoder->DecodeRow(reinterpret_cast<float*>(out), destination.width);
+        }
+    }
+
 private:
     // A channel takes few values under a hard selection: a table holds what becomes of each.
-    void LookUpRow(const HslRangeEvaluator& evaluator, std::int32_t y) const {
+    void LookUpRow(const HslRangeEvaluator& evaluator, std::int32_t y, unsigned char* out) const {
         if constexpr (!std::is_same_v<Channel, float>) {
             const bool isAll = evaluator.lightness.low == 0.0 && evaluator.lightness.high > 1.0;
             const bool isMasked = mask.data != nullptr;
             if (isAll && !isMasked && IsTableAlone()) {
-                LookUpAll(y);
+                LookUpAll(y, out);
                 return;
             }
             if constexpr (SourcePixel::kHasAlpha) {
                 if (isAll && source.Stride() == SourcePixel::kSize) {
-                    LookUpWeighted(y);
+                    LookUpWeighted(y, out);
                     return;
                 }
             }
             const unsigned char* weights = isMasked ? mask.Row(y) : nullptr;
             const unsigned char* in = source.Row(y);
-            unsigned char* out = destination.Row(y);
             for (std::int32_t x = 0; x < destination.width; ++x) {
                 std::uint32_t weight = isMasked ? *weights++ : 0;
                 if constexpr (SourcePixel::kHasAlpha) {
@@ -101,6 +106,7 @@ private:
         } else {
             static_cast<void>(evaluator);
             static_cast<void>(y);
+            static_cast<void>(out);
         }
     }
 
@@ -112,10 +118,9 @@ private:
 
     // Each channel of the row by itself; loads come four at a time before their stores, since the
     // compiler cannot know that the images are apart.
-    void LookUpAll(std::int32_t y) const {
+    void LookUpAll(std::int32_t y, unsigned char* out) const {
         const float* table = decoder->Table(0);
         const unsigned char* in = source.Row(y);
-        unsigned char* out = destination.Row(y);
         const std::int32_t count = destination.width * kChannels;
         std::int32_t i = 0;
         for (; i + 4 <= count; i += 4) {
@@ -132,9 +137,8 @@ private:
     }
 
     // Pixels without gaps, each under the weight of its alpha.
-    void LookUpWeighted(std::int32_t y) const {
+    void LookUpWeighted(std::int32_t y, unsigned char* out) const {
         const unsigned char* in = source.Row(y);
-        unsigned char* out = destination.Row(y);
         for (std::int32_t x = 0; x < destination.width; ++x) {
             const auto alpha = LoadChannel<Channel>(in, SourcePixel::kAlphaIndex);
             const float* table = decoder->Table(alpha);
@@ -153,7 +157,7 @@ private:
     }
 
     void RenderPixel(const HslRangeEvaluator& evaluator, bool isLightnessOnly, std::int32_t x,
-                     std::int32_t y) const {
+                     std::int32_t y, unsigned char* out) const {
         ChannelArray<double, kChannels> pixel = {};
         const bool inside = source.Contains(x, y);
         if (inside) {
@@ -166,7 +170,6 @@ private:
         } else {
             ApplySelection(Selection(evaluator, isLightnessOnly, x, y), pixel);
         }
-        unsigned char* out = destination.Pixel(x, y);
         for (int i = 0; i < kChannels; ++i) {
             StoreChannel(out, i, static_cast<float>(pixel[i]));
         }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <functional>
 
 #include "effect/ShiftColumns.h"
 #include "image/MorvenhaleFilter.h"
@@ -12,20 +13,35 @@ namespace mv {
 // Shifts a working image by less than a pixel, in place: pixel (x, y) becomes the bilinear sample
 // at (x + dx, y + dy). The plain form is one thread's, rows and columns following the sign of the
 // move so that a pixel is overwritten only after every later read of it. The fast form gives the
-// same bytes in bands of rows: the row that a band needs of its neighbour is set aside before.
+// same bytes in bands of rows: the row that a band needs of its neighbour is set aside before, or
+// rows are made on the way, by their source, which spares the image one passage through memory.
 template <class Image>
 class MoveSubPixelImageFilter : public MorvenhaleFilter {
     static constexpr int kChannels = Image::Pixel_t::kChannels;
 
 public:
     using MorvenhaleFilter::MorvenhaleFilter;
+    ~MoveSubPixelImageFilter() override { host_->FreeMemory(scratch_); }
 
     Image image;
     double dx = 0.0;
     double dy = 0.0;
+    // Puts a row of the picture as it was to memory of a row's size, from any thread. With it image
+    // is only written, and need not hold the picture; see CanTakeRows.
+    std::function<void(std::int32_t, unsigned char*)> source;
+
+    // Whether render will ask the source, once dx and dy are set; else it needs the picture in
+    // image, and no source. Gets the memory for it.
+    bool CanTakeRows() {
+        kernels_ = SelectRowKernels();
+        bands_ = host_->GetThreadCount(image.height / 2);
+        return (dx != 0.0 || dy != 0.0) && kernels_ != nullptr && image.height >= 2 * bands_ &&
+               AllocateScratch();
+    }
 
     virtual std::int32_t render(std::uint32_t position, std::uint32_t range) {
-        const MeasuringPoint point(host_->GetActiveMeasurements(), "move");
+        const MeasuringPoint point(host_->GetActiveMeasurements(),
+                                   source ? "selection, linear light, move" : "move");
         position_ = position;
         range_ = range;
         rowsDone_ = 0;
@@ -33,12 +49,13 @@ public:
         if (dx == 0.0 && dy == 0.0) {
             return ReportAllRows();
         }
-        kernels_ = SelectRowKernels();
-        const std::int32_t bands = host_->GetThreadCount(image.height / 2);
-        if (kernels_ != nullptr && image.height >= 2 * bands && AllocateScratch(bands)) {
-            return RenderBands(bands);
+        if (scratch_ == nullptr && !CanTakeRows()) {
+            return RenderPlain();
         }
-        return RenderPlain();
+        const std::int32_t status = RenderBands();
+        host_->FreeMemory(scratch_);
+        scratch_ = nullptr;
+        return status;
     }
 
 private:
@@ -95,11 +112,12 @@ private:
         }
     }
 
-    // Two rows for each band, the neighbour's and a copy of the one in hand, and the columns.
-    bool AllocateScratch(std::int32_t bands) {
+    // Two rows for each band, the neighbour's and a copy of the one in hand, or two of the source;
+    // and the columns.
+    bool AllocateScratch() {
         const auto row = static_cast<std::uint64_t>(image.row_bytes);
         scratch_ = this->template Allocate<unsigned char>(
-            ShiftColumns::Bytes(image.width) + 2 * row * static_cast<std::uint64_t>(bands));
+            ShiftColumns::Bytes(image.width) + 2 * row * static_cast<std::uint64_t>(bands_));
         if (scratch_ == nullptr) {
             return false;
         }
@@ -108,21 +126,18 @@ private:
         return true;
     }
 
-    std::int32_t RenderBands(std::int32_t bands) {
-        const auto count = static_cast<std::uint32_t>(bands);
-        for (std::uint32_t i = 0; i < count; ++i) {
+    std::int32_t RenderBands() {
+        const auto count = static_cast<std::uint32_t>(bands_);
+        for (std::uint32_t i = 0; i < count && !source; ++i) {
             const RowBand band = BandOf(image.height, i, count);
             const std::int32_t neighbor = dy >= 0.0 ? band.end : band.first - 1;
             if (neighbor >= 0 && neighbor < image.height) {
                 std::memcpy(Scratch(i, 0), image.Row(neighbor), RowBytes());
             }
         }
-        const std::int32_t status =
-            host_->Iterate(bands, [this](unsigned index, unsigned iterations, unsigned) {
-                return static_cast<unsigned>(MoveBand(index, iterations));
-            });
-        host_->FreeMemory(scratch_);
-        return status;
+        return host_->Iterate(bands_, [this](unsigned index, unsigned iterations, unsigned) {
+            return static_cast<unsigned>(MoveBand(index, iterations));
+        });
     }
 
     std::size_t RowBytes() const { return static_cast<std::size_t>(image.row_bytes); }
@@ -134,27 +149,55 @@ private:
     std::int32_t MoveBand(std::uint32_t index, std::uint32_t bands) {
         std::int32_t status = host_->StatusOk();
         const RowBand band = BandOf(image.height, index, bands);
+        std::int32_t held[2] = {-1, -1};
         for (std::int32_t step = 0; step < band.end - band.first && IsOk(status); ++step) {
-            MoveRowOf(index, band, dy >= 0.0 ? band.first + step : band.end - 1 - step);
+            const std::int32_t y = dy >= 0.0 ? band.first + step : band.end - 1 - step;
+            if (source) {
+                MoveRowOfSource(index, held, y);
+            } else {
+                MoveRowOfImage(index, band, y);
+            }
             status = ReportRow();
         }
         return status;
     }
 
+    // held: which rows of the source the band's two rows of scratch hold.
+    void MoveRowOfSource(std::uint32_t index, std::int32_t* held, std::int32_t y) const {
+        const auto fetch = [&](std::int32_t row) {
+            const std::uint32_t which = static_cast<std::uint32_t>(row) & 1;
+            if (held[which] != row) {
+                source(row, Scratch(index, which));
+                held[which] = row;
+            }
+            return Scratch(index, which);
+        };
+        unsigned char* own = fetch(y);
+        MoveRowFrom(own, y, [&](std::int32_t row) -> const unsigned char* {
+            // The first row looks at its neighbour as moved.
+            return dy < 0.0 && row > y ? image.Row(row) : fetch(row);
+        });
+    }
+
     // The row in hand is read from a copy; a neighbour beyond the band from what was set aside.
-    void MoveRowOf(std::uint32_t index, const RowBand& band, std::int32_t y) const {
+    void MoveRowOfImage(std::uint32_t index, const RowBand& band, std::int32_t y) const {
         unsigned char* copy = Scratch(index, 1);
         std::memcpy(copy, image.Row(y), RowBytes());
+        MoveRowFrom(copy, y, [&](std::int32_t row) -> const unsigned char* {
+            if (row == y) {
+                return copy;
+            }
+            const bool isBeside = row < band.first || row >= band.end;
+            return isBeside ? Scratch(index, 0) : image.Row(row);
+        });
+    }
+
+    // own is row y as it was, which is changed; rowAt gives it and its neighbour.
+    template <class RowAt>
+    void MoveRowFrom(unsigned char* own, std::int32_t y, RowAt rowAt) const {
         const double py = y + dy;
         const auto iy = static_cast<std::int32_t>(py);
         const std::int32_t below = iy == image.height - 1 ? iy : iy + 1;
-        const auto rowAt = [&](std::int32_t row) {
-            if (row == y) {
-                return static_cast<const unsigned char*>(copy);
-            }
-            const bool isBeside = row < band.first || row >= band.end;
-            return static_cast<const unsigned char*>(isBeside ? Scratch(index, 0) : image.Row(row));
-        };
         const auto* upper = reinterpret_cast<const float*>(rowAt(iy));
         const auto* lower = reinterpret_cast<const float*>(rowAt(below));
         auto* out = reinterpret_cast<float*>(image.Row(y));
@@ -164,7 +207,7 @@ private:
         if (isExtrapolated) {
             // The first column looks at its neighbour as moved.
             if (image.width > 1) {
-                std::memcpy(copy + image.Stride(), image.Pixel(1, y),
+                std::memcpy(own + image.Stride(), image.Pixel(1, y),
                             static_cast<std::size_t>(image.Stride()));
             }
             shift(out, upper, lower, columns_.Get(), py - iy, 0, 1);
@@ -174,6 +217,7 @@ private:
     const RowKernels* kernels_ = nullptr;
     unsigned char* scratch_ = nullptr;
     unsigned char* rows_ = nullptr;
+    std::int32_t bands_ = 1;
     ShiftColumns columns_;
     std::atomic<std::uint32_t> rowsDone_{0};
     std::uint32_t position_ = 0;

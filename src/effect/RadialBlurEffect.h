@@ -92,13 +92,34 @@ public:
 private:
     std::uint32_t Rows() const { return static_cast<std::uint32_t>(imageOut.height); }
 
+    using Selection = HslRangeSelectionFilter<C_Image, Working, C_Image>;
+
     std::int32_t RunStages() {
-        std::int32_t status = PrepareWorking();
+        Selection selection(host_);
+        float* table = SetUp(selection);
+        std::int32_t status = RunStages(selection);
+        host_->FreeMemory(table);
+        return status;
+    }
+
+    std::int32_t RunStages(Selection& selection) {
+        MoveSubPixelImageFilter<Working> move(host_);
+        SetUp(move);
+        // The move makes the rows of the selection on its way where nothing comes between.
+        const bool isOneGo = settings.show == kShowNormal && settings.strength != 0.0 &&
+                             (!IsMasked() || selection.mask.data != nullptr) && move.CanTakeRows();
+        if (isOneGo) {
+            move.source = [&selection](std::int32_t y, unsigned char* out) {
+                selection.RenderRow(y, out);
+            };
+        }
+        std::int32_t status = isOneGo ? ReportPrepared(ReportRows(0)) : PrepareWorking(selection);
         if (IsOk(status) && settings.show != kShowNormal) {
             return ShowSelection();
         }
         if (IsOk(status) && settings.strength != 0.0) {
-            status = MoveAndBlur();
+            status = move.render(3, kStages);
+            status = IsOk(status) ? Blur() : status;
         }
         return IsOk(status) ? Compose() : status;
     }
@@ -170,30 +191,42 @@ private:
         return memory;
     }
 
-    // Selection, mask and linear light. Each row is decoded by the stage that touches it last.
-    std::int32_t PrepareWorking() {
-        const MeasuringPoint point(host_->GetActiveMeasurements(), "selection, linear light");
+    // Gives the memory of the decode table, or null.
+    float* SetUp(Selection& selection) {
         float* table = AllocateDecodeTable();
-        HslRangeSelectionFilter<C_Image, Working, C_Image> filter(host_);
-        filter.source = imageIn;
-        filter.destination = working_;
-        filter.reference = imageSelection.is_connected ? imageSelection : imageIn;
-        filter.params.showSelection = settings.show == kShowSelectionOnly;
-        filter.params.lightLow = settings.selectionLow;
-        filter.params.lightHigh = settings.selectionHigh;
-        filter.params.lightClimax = settings.selectionClimax;
-        filter.params.lightSoften = settings.selectionSoften;
+        selection.source = imageIn;
+        selection.destination = working_;
+        selection.reference = imageSelection.is_connected ? imageSelection : imageIn;
+        selection.params.showSelection = settings.show == kShowSelectionOnly;
+        selection.params.lightLow = settings.selectionLow;
+        selection.params.lightHigh = settings.selectionHigh;
+        selection.params.lightClimax = settings.selectionClimax;
+        selection.params.lightSoften = settings.selectionSoften;
         const bool takesMask = table != nullptr && IsMasked() && !HostPixel::kHasAlpha &&
                                !(settings.selectionSoften > 0.0);
         if (takesMask) {
-            filter.mask = imageMult;
+            selection.mask = imageMult;
         }
-        filter.decoder = IsLinear() && (!IsMasked() || takesMask) ? &decoder_ : nullptr;
-        std::int32_t status = filter.render(0, kStages);
+        selection.decoder = IsLinear() && (!IsMasked() || takesMask) ? &decoder_ : nullptr;
+        return table;
+    }
+
+    // Selection, mask and linear light. Each row is decoded by the stage that touches it last.
+    std::int32_t PrepareWorking(Selection& selection) {
+        const MeasuringPoint point(host_->GetActiveMeasurements(), "selection, linear light");
+        const std::int32_t status = selection.render(0, kStages);
+        if (IsOk(status) && IsMasked() && selection.mask.data == nullptr) {
+            const std::int32_t masked = MultiplyByMask();
+            return IsOk(masked) && IsLinear() ? ReportRows(2) : masked;
+        }
+        return ReportPrepared(status);
+    }
+
+    // After the selection, when mask and linear light are part of it.
+    std::int32_t ReportPrepared(std::int32_t status) const {
         if (IsOk(status) && IsMasked()) {
-            status = takesMask ? ReportRows(1) : MultiplyByMask();
+            status = ReportRows(1);
         }
-        host_->FreeMemory(table);
         return IsOk(status) && IsLinear() ? ReportRows(2) : status;
     }
 
@@ -252,17 +285,18 @@ private:
     // negative centres; it is meant.
     static double MoveOf(double center) { return std::fabs(center - std::floor(center)) - 0.5; }
 
-    std::int32_t MoveAndBlur() {
-        MoveSubPixelImageFilter<Working> move(host_);
+    void SetUp(MoveSubPixelImageFilter<Working>& move) {
+        if (settings.strength == 0.0) {
+            return;
+        }
         move.image = working_;
         move.dx = MoveOf(settings.centerX);
         move.dy = MoveOf(settings.centerY);
         composer_.offsetX = -move.dx;
         composer_.offsetY = -move.dy;
-        const std::int32_t status = move.render(3, kStages);
-        if (!IsOk(status)) {
-            return status;
-        }
+    }
+
+    std::int32_t Blur() const {
         if (settings.mode == kModeNormal) {
             RadialBlurFilter<Working, AccumulatorPixel, C_ImageMult> blur(host_);
             return Blur(blur);

@@ -179,8 +179,8 @@ private:
     }
 
     // The next steps of the kernels' share, in the images and on the lines.
-    RayGroup Part(const FastState& fast, const RayGroup& group, std::int32_t done,
-                  std::int32_t steps) const {
+    RayGroup NextSteps(const FastState& fast, const RayGroup& group, std::int32_t done,
+                       std::int32_t steps) const {
         RayGroup part = group;
         part.image += done * group.imageStep;
         part.lines = fast.lines + std::ptrdiff_t{done} * kEntry;
@@ -195,7 +195,7 @@ private:
 
     void SampleTo(const FastState& fast, Walk& walk, std::int32_t end) const {
         if (walk.sampled < end) {
-            RayGroup part = Part(fast, walk.sample, walk.sampled, end - walk.sampled);
+            RayGroup part = NextSteps(fast, walk.sample, walk.sampled, end - walk.sampled);
             kernels_->sample[kChannels](part);
             TakeMinor(walk.sample, part);
             walk.sampled = end;
@@ -268,7 +268,7 @@ private:
 
     // One step is sampled ahead.
     void BlurTo(const FastState& fast, Walk& walk, std::int32_t end) const {
-        RayGroup part = Part(fast, walk.scatter, walk.sampled, end - walk.scattered);
+        RayGroup part = NextSteps(fast, walk.scatter, walk.sampled, end - walk.scattered);
         part.lane = walk.scatter.lane + walk.scattered;
         kernels_->blur[kChannels](part, fast.shared.From(walk.scattered));
         TakeMinor(walk.scatter, part);
@@ -284,7 +284,7 @@ private:
         if (walk.scattered >= end) {
             return;
         }
-        RayGroup part = Part(fast, walk.scatter, walk.scattered, end - walk.scattered);
+        RayGroup part = NextSteps(fast, walk.scatter, walk.scattered, end - walk.scattered);
         const WindowPosition* windows[kRaysInGroup];
         for (int g = 0; g < kRaysInGroup; ++g) {
             windows[g] =

@@ -8,16 +8,15 @@
 #include <cstring>
 
 #include "diagnostics/Log.h"
+#include "effect/BlurSums.h"
 #include "effect/ClearImageFilter.h"
 #include "effect/ContributionList.h"
 #include "effect/RayGeometry.h"
 #include "effect/RayGroupPlan.h"
 #include "effect/RaySector.h"
-#include "effect/SeamMap.h"
 #include "effect/SectorSums.h"
 #include "effect/SideZone.h"
 #include "effect/WindowTable.h"
-#include "effect/kernels/RowKernels.h"
 #include "image/MorvenhaleFilter.h"
 #include "platform/LargePages.h"
 
@@ -44,7 +43,7 @@ constexpr std::int32_t kLineSlack = 6;
 template <class Blur, class Image, class AccumulatorPixel, class Selection>
 class RayBlurFilter : public MorvenhaleFilter {
 protected:
-    using AccumulatorType = PixelArray<AccumulatorPixel, 0, false>;
+    using Accumulator = PixelArray<AccumulatorPixel, 0, false>;
     static constexpr int kChannels = Image::Pixel_t::kChannels;
     static constexpr int kColors = Image::Pixel_t::kColors;
 
@@ -87,10 +86,10 @@ public:
                  "))");
         Side side;
         side.index = thread_index;
-        side.zone = zones_[thread_index];
+        side.zone = sums_.Zone(thread_index);
         lists_[thread_index].SetContext(host_);
         std::int32_t status = AllocateLines(side);
-        const SideSectors& sectors = sectors_[thread_index];
+        const SideSectors& sectors = sums_.Sectors(thread_index);
         for (int i = 0; i < sectors.count && IsOk(status); ++i) {
             status = BlurSector(side, sectors.sectors[i]);
         }
@@ -130,42 +129,36 @@ protected:
 private:
     bool IsFast() const { return static_cast<const Blur*>(this)->FastDoubles() != 0; }
 
-    // The whole picture, or as many rows of its width as the seams fill.
     bool AllocateSums() {
-        for (std::uint32_t side = 0; side < kSideCount; ++side) {
-            zones_[side] = SideZone(field_, side);
-            sectors_[side] = SideSectors(field_, side, zones_[side]);
-        }
-        std::int32_t rows = imageIn.height;
+        sums_.Divide(field_);
         if (IsFast()) {
             seamMemory_ = Allocate<void>(SeamMap::Bytes(imageIn.height));
             if (seamMemory_ == nullptr) {
                 return false;
             }
-            seams_.Fill(seamMemory_, imageIn.width, imageIn.height, sectors_);
-            const auto width = static_cast<std::uint32_t>(imageIn.width);
-            rows = static_cast<std::int32_t>((seams_.Slots() + width - 1) / width);
+            sums_.UseSeams(seamMemory_);
         }
-        accumulator_ = AccumulatorType(imageIn);
-        accumulator_.height = rows;
-        accumulator_.row_bytes = imageIn.width * AccumulatorPixel::kSize;
-        accumulator_.dynamic_pixel_size = AccumulatorPixel::kSize;
-        accumulator_.is_connected = true;
-        accumulator_.is_premultiplied = true;
-        const std::uint64_t bytes =
-            static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(accumulator_.row_bytes);
-        accumulator_.data = Allocate<unsigned char>(bytes);
-        if (accumulator_.data == nullptr) {
+        auto& accumulator = sums_.accumulator;
+        accumulator = Accumulator(imageIn);
+        accumulator.height = sums_.Rows();
+        accumulator.row_bytes = imageIn.width * AccumulatorPixel::kSize;
+        accumulator.dynamic_pixel_size = AccumulatorPixel::kSize;
+        accumulator.is_connected = true;
+        accumulator.is_premultiplied = true;
+        const std::uint64_t bytes = static_cast<std::uint64_t>(accumulator.height) *
+                                    static_cast<std::uint64_t>(accumulator.row_bytes);
+        accumulator.data = Allocate<unsigned char>(bytes);
+        if (accumulator.data == nullptr) {
             return false;
         }
-        PreferLargePages(accumulator_.data, bytes);
+        PreferLargePages(accumulator.data, bytes);
         return true;
     }
 
     void FreeSums() {
-        host_->FreeMemory(accumulator_.data);
+        host_->FreeMemory(sums_.accumulator.data);
         host_->FreeMemory(seamMemory_);
-        accumulator_.data = nullptr;
+        sums_.accumulator.data = nullptr;
         seamMemory_ = nullptr;
     }
 
@@ -204,8 +197,8 @@ private:
     }
 
     std::int32_t RunStages() {
-        ClearImageFilter<AccumulatorType> clear(host_);
-        clear.image = accumulator_;
+        ClearImageFilter<Accumulator> clear(host_);
+        clear.image = sums_.accumulator;
         std::int32_t status = clear.render(progressPosition_ * 3, progressRange_ * 3);
         if (IsOk(status)) {
             status = RunSides();
@@ -245,7 +238,7 @@ private:
     // step of it is done.
     std::int32_t AddAllLater(const ContributionList<kChannels>& list) {
         std::int32_t status = host_->StatusOk();
-        list.ForEach([this](const auto& entry) { AddLater(entry); },
+        list.ForEach([this](const auto& entry) { sums_.Add(entry); },
                      [this, &status] {
                          const std::uint32_t done = stepsDone_.load(std::memory_order_relaxed);
                          status = ReportStep(progressPosition_, progressRange_, done, totalSteps_);
@@ -276,21 +269,10 @@ private:
             if (complete) {
                 std::memset(side.fastBuffer, 0, fastDoubles * sizeof(double));
                 static_cast<Blur*>(this)->PrepareFast(side);
-                side.sums.SetUp(side.fastBuffer + fastDoubles, Target(), side.index);
+                side.sums.SetUp(side.fastBuffer + fastDoubles, sums_.Target(imageOut), side.index);
             }
         }
         return complete ? host_->StatusOk() : host_->StatusOutOfMemory();
-    }
-
-    BlurTarget Target() const {
-        return {reinterpret_cast<float*>(imageOut.data),
-                imageOut.width,
-                imageOut.height,
-                kChannels,
-                zones_,
-                sectors_,
-                &seams_,
-                reinterpret_cast<float*>(accumulator_.data)};
     }
 
     void BlurRay(Side& side, const Ray& ray) {
@@ -412,11 +394,12 @@ protected:
             for (int c = 0; c < kChannels; ++c) {
                 weighted[c] = part * value[c];
             }
-            AddNow(SumsOf(side, x, y, major, minor), weighted, static_cast<float>(part));
+            BlurSums<Image, AccumulatorPixel>::AddTo(SumsOf(side, x, y, major, minor), weighted,
+                                                     static_cast<float>(part));
             return;
         }
         std::uint32_t place = 0;
-        if (!PlaceOfSums(x, y, place)) {
+        if (!sums_.Find(x, y, place)) {
             return;
         }
         auto* entry = lists_[side.index].Append();
@@ -437,75 +420,14 @@ private:
         if (side.fastBuffer != nullptr) {
             return reinterpret_cast<unsigned char*>(side.sums.Sums(side.sums.LaneOf(major), minor));
         }
-        return accumulator_.Pixel(x, y);
-    }
-
-    // Which of the accumulator's pixels; in the fast form there is none for a sector's own, which
-    // no other side reaches.
-    bool PlaceOfSums(std::int32_t x, std::int32_t y, std::uint32_t& place) const {
-        if (seamMemory_ != nullptr) {
-            return seams_.Find(x, y, place);
-        }
-        place = static_cast<std::uint32_t>(y) * static_cast<std::uint32_t>(imageIn.width) +
-                static_cast<std::uint32_t>(x);
-        return true;
-    }
-
-    // Sums are formed in double and kept in single precision; weights in single precision.
-    static void AddNow(unsigned char* pixel, const double* weighted, float weight) {
-        for (int c = 0; c < kChannels; ++c) {
-            const double sum = static_cast<double>(LoadChannel<float>(pixel, c)) + weighted[c];
-            StoreChannel(pixel, c, static_cast<float>(sum));
-        }
-        StoreChannel(pixel, kChannels, LoadChannel<float>(pixel, kChannels) + weight);
-    }
-
-    void AddLater(const typename ContributionList<kChannels>::Entry& entry) {
-        const std::size_t offset = static_cast<std::size_t>(entry.pixel) *
-                                   static_cast<std::size_t>(AccumulatorPixel::kSize);
-        AddNow(accumulator_.data + offset, entry.value, entry.weight);
-    }
-
-    void NormalizeRow(std::int32_t y) const {
-        if (seamMemory_ == nullptr) {
-            NormalizePixels(0, y, imageOut.width, accumulator_.Row(y));
-            return;
-        }
-        const SeamMap::Run* runs = seams_.RowRuns(y);
-        for (const SeamMap::Run* run = runs; !SeamMap::IsLast(runs, run); ++run) {
-            NormalizePixels(
-                run->first, y, run->end - run->first,
-                accumulator_.data + static_cast<std::size_t>(run->slot) *
-                                        static_cast<std::size_t>(AccumulatorPixel::kSize));
-        }
-    }
-
-    // Pixels that no ray reached come out as 0.
-    void NormalizePixels(std::int32_t first, std::int32_t y, std::int32_t count,
-                         const unsigned char* sums) const {
-        unsigned char* out = imageOut.Pixel(first, y);
-        const RowKernels* kernels = SelectRowKernels();
-        if (kernels != nullptr) {
-            kernels->normalize[kChannels](reinterpret_cast<float*>(out),
-                                          reinterpret_cast<const float*>(sums), count);
-            return;
-        }
-        for (std::int32_t x = 0; x < count; ++x) {
-            const double weight = LoadChannel<float>(sums, kChannels);
-            const double factor = weight != 0.0 ? 1.0 / weight : 0.0;
-            for (int c = 0; c < kChannels; ++c) {
-                StoreChannel(out, c, static_cast<float>(LoadChannel<float>(sums, c) * factor));
-            }
-            sums += AccumulatorPixel::kSize;
-            out += imageOut.Stride();
-        }
+        return sums_.accumulator.Pixel(x, y);
     }
 
     std::int32_t Normalize(std::uint32_t index, std::uint32_t count) {
         std::int32_t status = host_->StatusOk();
         const RowBand band = BandOf(imageOut.height, index, count);
         for (std::int32_t y = band.first; y < band.end && IsOk(status); ++y) {
-            NormalizeRow(y);
+            sums_.NormalizeRow(imageOut, y);
             status = ReportStepDone();
         }
         return status;
@@ -516,11 +438,7 @@ private:
         return ReportStep(progressPosition_, progressRange_, done, totalSteps_);
     }
 
-    AccumulatorType accumulator_;
-    SideZone zones_[kSideCount];
-    SideSectors sectors_[kSideCount];
-    // The fast form's: where the accumulator has which pixel.
-    SeamMap seams_;
+    BlurSums<Image, AccumulatorPixel> sums_;
     void* seamMemory_ = nullptr;
     ContributionList<kChannels> lists_[kSideCount];
     std::int32_t sideStatus_[kSideCount] = {};

@@ -41,7 +41,7 @@ TEST_F(TimingTest, TellsEveryStageOnceAndTheSum) {
     const ProgramRun run = Blur({"--timing", "--quiet"}, RealModule());
     EXPECT_EQ(run.code, 0) << run.err;
     EXPECT_THAT(run.out, StartsWith("[Measure]\n[Combined ]\nenvelope:"));
-    for (const char* const stage : {"image from the host", "selection, linear light", "move",
+    for (const char* const stage : {"image from the host", "selection, linear light, move",
                                     "clearing", "rays", "normalization", "composition"}) {
         EXPECT_THAT(run.out, HasSubstr("%) - (1x) " + std::string(stage) + "\n"));
     }
