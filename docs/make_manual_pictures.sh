@@ -29,7 +29,7 @@ Scene() {
     local scene=$work/scene-$1.png
     if [[ ! -f "$scene" ]]; then
         "$maker" "$work/large.png" "$1"
-        convert "$work/large.png" -resize '600x400!' "$scene"
+        convert "$work/large.png" -resize '900x600!' "$scene"
     fi
     echo "$scene"
 }
@@ -41,7 +41,8 @@ Blur() {
     "$build/radial-blur" "$(Scene "$scene")" "$out" --quiet --origin "${centres[$scene]}" "$@"
 }
 
-# Sheet <name> <tiles> <label and picture...>: small pictures with words below.
+# Sheet <name> <tiles> <label and picture...>: small pictures with words below. A thin frame shows
+# where a picture that is white ends.
 Sheet() {
     local name="$1" tiles="$2" words=()
     shift 2
@@ -49,8 +50,8 @@ Sheet() {
         words+=(-label "$1" "$2")
         shift 2
     done
-    montage -font "$font" -pointsize 13 -background white "${words[@]}" -tile "$tiles" \
-        -geometry "${cell:-300x200}+3+3" "$work/sheet.png"
+    montage -font "$font" -pointsize 15 -background white -bordercolor '#b0b0b0' -border 1 \
+        "${words[@]}" -tile "$tiles" -geometry "${cell:-360x240}+4+4" "$work/sheet.png"
     convert "$work/sheet.png" -strip -sampling-factor 4:2:0 -quality 80 "$pictures/$name.jpg"
     echo "$result/$name.jpg"
 }
@@ -86,7 +87,7 @@ Switch() {
     shift 2
     Blur "$scene" "$work/off.png" "$@" "--no-$name"
     Blur "$scene" "$work/on.png" "$@" "--$name"
-    Sheet "$name" 2x "$name off" "$work/off.png" "$name on" "$work/on.png"
+    cell=480x320 Sheet "$name" 2x "$name off" "$work/off.png" "$name on" "$work/on.png"
 }
 
 # Dots, the lines through the centre, and what becomes of the dots.
@@ -112,7 +113,7 @@ Principle() {
         -draw 'circle 300,200 300,212' "$work/lines.png"
     convert "$work/streaks.png" -fill none -stroke '#ff5040' -strokewidth 3 \
         -draw 'circle 300,200 300,212' "$work/result.png"
-    cell=440x293 Sheet principle 2x "the picture, its centre, and lines through it" \
+    cell=540x360 Sheet principle 2x "the picture, its centre, and lines through it" \
         "$work/lines.png" "each point smeared along its line" "$work/result.png"
 }
 
@@ -122,7 +123,7 @@ Blends() {
         "divide" "difference" "exclusion" "lighten" "darken" "maximum" "minimum" "hue" "saturation"
         "color" "luminosity" "alpha add" "alpha sub" "alpha mult" "alpha replace" "(none) replace")
     # The modes of transparency need some: the picture fades to the left there.
-    convert "$(Scene window)" \( -size 400x600 gradient:white-gray15 -rotate 90 \) \
+    convert "$(Scene window)" \( -size 600x900 gradient:white-gray15 -rotate 90 \) \
         -alpha off -compose CopyOpacity -composite "PNG32:$work/faded.png"
     convert -size 16x16 xc:white -fill '#c8c8cc' -draw 'rectangle 0,0 7,7' \
         -draw 'rectangle 8,8 15,15' "$work/tile.png"
@@ -132,22 +133,26 @@ Blends() {
         [[ "$name" != alpha* ]] || input=$work/faded.png
         "$build/radial-blur" "$input" "$work/blend.png" --quiet --origin "${centres[window]}" \
             --strength 0.5 --intensity 1.2 --blend "$mode"
-        convert -size 600x400 "tile:$work/tile.png" "$work/blend.png" -composite \
+        convert -size 900x600 "tile:$work/tile.png" "$work/blend.png" -composite \
             "PNG24:$work/blend$mode.png"
         sheet+=("$mode $name" "$work/blend$mode.png")
     done
-    cell=220x147 Sheet blend 4x "${sheet[@]}"
+    cell=270x180 Sheet blend 4x "${sheet[@]}"
 }
 
 Masks() {
-    convert -size 600x400 gradient:white-black "$work/mask.png"
-    Blur street "$work/plain.png" --strength 0.3
-    Blur street "$work/masked.png" --strength 0.3 --mask "$work/mask.png"
-    Blur street "$work/screened.png" --strength 0.3 --mask "$work/mask.png" --blend screen
-    Sheet mask 2x "no mask" "$work/plain.png" "a mask" "$work/mask.png" \
+    # The left half, with a soft edge.
+    convert -size 600x900 gradient:white-black -rotate 90 -sigmoidal-contrast 12x50% -flop \
+        -alpha off "$work/mask.png"
+    Blur street "$work/plain.png" --strength 0.5 --intensity 2
+    Blur street "$work/masked.png" --strength 0.5 --intensity 2 --mask "$work/mask.png"
+    Blur street "$work/screened.png" --strength 0.5 --intensity 2 --mask "$work/mask.png" \
+        --blend screen
+    cell=480x320 Sheet mask 2x "no mask" "$work/plain.png" "a mask" "$work/mask.png" \
         "with the mask, blend normal" "$work/masked.png" \
         "with the mask, blend screen" "$work/screened.png"
-    Blur street "$work/used.png" --strength 0.3 --mask "$work/mask.png" --use-size-selection
+    Blur street "$work/used.png" --strength 0.5 --intensity 2 --mask "$work/mask.png" \
+        --use-size-selection
     Blur street "$work/seen.png" --mask "$work/mask.png" --use-size-selection --show size-selection
     Sheet use-size-selection 3x "use-size-selection off" "$work/masked.png" \
         "use-size-selection on" "$work/used.png" "on, show size selection" "$work/seen.png"
@@ -155,8 +160,9 @@ Masks() {
     Blur lake "$work/show2.png" --low 150 --show 2
     Blur lake "$work/show3.png" --low 150 --show 3
     Blur lake "$work/show4.png" --mask "$work/mask.png" --use-size-selection --show 4
-    Sheet show 2x "show normal" "$work/show1.png" "show selected image" "$work/show2.png" \
-        "show selection only" "$work/show3.png" "show size selection" "$work/show4.png"
+    cell=480x320 Sheet show 2x "show normal" "$work/show1.png" \
+        "show selected image" "$work/show2.png" "show selection only" "$work/show3.png" \
+        "show size selection" "$work/show4.png"
 }
 
 Modes() {
@@ -165,7 +171,7 @@ Modes() {
     Blur street "$work/mode3.png" --strength 0.4 --mode abberative --invert-gradient
     Sheet mode 3x "mode normal" "$work/mode1.png" "mode abberative" "$work/mode2.png" \
         "abberative, invert-gradient" "$work/mode3.png"
-    Sheet invert-gradient 2x "invert-gradient off" "$work/mode2.png" \
+    cell=480x320 Sheet invert-gradient 2x "invert-gradient off" "$work/mode2.png" \
         "invert-gradient on" "$work/mode3.png"
 }
 
@@ -173,7 +179,7 @@ Recipes() {
     Blur lake "$work/a.png" --low 170 --soften 0.5 --show selected-image
     Blur lake "$work/b.png" --low 170 --soften 0.5 --strength 0.9 --intensity 1.6
     Blur lake "$work/c.png" --low 170 --soften 0.5 --strength 0.9 --intensity 1.6 --blend screen
-    Sheet recipe-rays 2x "the picture" "$(Scene lake)" "2: what sends rays" "$work/a.png" \
+    cell=480x320 Sheet recipe-rays 2x "the picture" "$(Scene lake)" "2: what sends rays" "$work/a.png" \
         "3: the rays alone" "$work/b.png" "4: over the picture" "$work/c.png"
     Blur road "$work/d.png" --strength 0.22
     Blur road "$work/e.png" --strength 0.22 --holdout 0.12
@@ -188,7 +194,7 @@ Recipes() {
 
 FrontDoor() {
     Blur lake "$work/after.png" --low 170 --soften 0.5 --strength 0.9 --intensity 1.6 --blend screen
-    cell=440x293 Sheet before-after 2x "before" "$(Scene lake)" "after" "$work/after.png"
+    cell=540x360 Sheet before-after 2x "before" "$(Scene lake)" "after" "$work/after.png"
 }
 
 mkdir -p "$pictures"
@@ -200,7 +206,7 @@ Three strength street "0.05 0.25 1"
 Three start stage "-0.5 0 0.5" --strength 0.4 --intensity 1.3
 Three holdout flower "0 0.25 0.5" --strength 0.4
 Modes
-Switch gamma-correction window --strength 0.5
+Switch gamma-correction street --strength 1
 Three contrast flower "0 0.15 0.4" --strength 0.15
 Three gamma flower "0.5 1 2" --strength 0.15
 Three hue flower "-0.3 0 0.3" --strength 0.15

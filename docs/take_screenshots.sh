@@ -1,22 +1,25 @@
 #!/bin/sh
-# Takes the manual's pictures of the two windows: docs/take_screenshots.sh [folder of the Windows
-# build]. Needs Wine, Xvfb and ImageMagick; the build folder holds show_dialog.exe and the module.
+# Takes the manual's picture of the two windows: docs/take_screenshots.sh [folder of the Windows
+# build [folder of a native build]]. Needs Wine, Xvfb and ImageMagick; the Windows build holds
+# show_dialog.exe and the module, the native one make_sample_picture.
+#   DPI=144 OUT=big.png  another resolution of the screen, in a file elsewhere
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 build=$(cd "${1:-$here/../build/windows}" && pwd)
-out=$here/images
+native=$(cd "${2:-$here/../build/native}" && pwd)
+out=${OUT:-$here/images/dialog.png}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-mkdir -p "$out"
 
-# shot name width height screen dpi
-shot() {
-    SCREENSHOT=$work/$1.png SCREENSHOT_AFTER=${AFTER:-8} SCREEN=$4 DPI=$5 \
-        "$here/../tests/windows/run_under_wine.sh" "$build/show_dialog.exe" "$2" "$3" 11 >/dev/null
-    convert "$work/$1.png" -strip "$out/$1.png"
-    echo "$out/$1.png"
-}
+maker=$(find "$native" -name make_sample_picture -type f -perm -u+x -print -quit)
+"$maker" "$work/large.png" lake
+convert "$work/large.png" -resize '720x480!' "$work/lake.png"
+cp "$here/../presets/radial_blur.cfg" "$work/"
 
-shot dialog 600 420 1280x800 96
-shot dialog-144dpi 600 420 1600x1100 144
-shot dialog-192dpi 600 420 2000x1400 192
+SCREENSHOT=$work/screen.png SCREENSHOT_AFTER=${AFTER:-10} SCREEN=2400x1600 DPI=${DPI:-96} \
+    "$here/../tests/windows/run_under_wine.sh" "$build/show_dialog.exe" \
+    "$work/lake.png" 13 "$work/radial_blur.cfg" >/dev/null
+# The windows alone: what is black around and between them is the empty screen.
+convert "$work/screen.png" -alpha set -fill none -floodfill +2399+1599 black \
+    -trim +repage -strip "$out"
+echo "$out"

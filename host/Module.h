@@ -23,6 +23,10 @@ public:
     hostapi::EntryPoint GetEntryPoint() const { return entryPoint_; }
 
 private:
+    // The system's part. Open finds the entry point too, which is null when there is none.
+    bool Open(const std::filesystem::path& absolute, std::string& reason);
+    void Close();
+
     void* library_ = nullptr;
     hostapi::EntryPoint entryPoint_ = nullptr;
 };

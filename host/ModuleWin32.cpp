@@ -1,6 +1,5 @@
 #include <windows.h>
 
-#include <system_error>
 #include <vector>
 
 #include "Module.h"
@@ -23,18 +22,7 @@ std::string ReasonOf(DWORD error) {
 
 }  // namespace
 
-Module::~Module() {
-    Unload();
-}
-
-bool Module::Load(const std::filesystem::path& path, std::string& reason) {
-    Unload();
-    std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
-    if (error || !std::filesystem::exists(absolute, error)) {
-        reason = "there is no such file";
-        return false;
-    }
+bool Module::Open(const std::filesystem::path& absolute, std::string& reason) {
     // No dialog about a broken module: this is a command line.
     const UINT before = SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
     const HMODULE library =
@@ -48,20 +36,11 @@ bool Module::Load(const std::filesystem::path& path, std::string& reason) {
     library_ = library;
     entryPoint_ = reinterpret_cast<hostapi::EntryPoint>(
         reinterpret_cast<void*>(GetProcAddress(library, "ENTRYPOINT")));
-    if (entryPoint_ == nullptr) {
-        reason = "it is a library that does not export ENTRYPOINT";
-        Unload();
-        return false;
-    }
     return true;
 }
 
-void Module::Unload() {
-    if (library_ != nullptr) {
-        FreeLibrary(static_cast<HMODULE>(library_));
-    }
-    library_ = nullptr;
-    entryPoint_ = nullptr;
+void Module::Close() {
+    FreeLibrary(static_cast<HMODULE>(library_));
 }
 
 const char* ModuleFileName() {
@@ -81,10 +60,6 @@ std::filesystem::path ExecutablePath() {
         }
         buffer.resize(buffer.size() * 2);
     }
-}
-
-std::filesystem::path DefaultModulePath() {
-    return ExecutablePath().parent_path() / ModuleFileName();
 }
 
 }  // namespace mv::host

@@ -205,7 +205,8 @@ PictureResult ReadTiffFacts(const std::filesystem::path& path, TiffFacts& facts)
     const std::uint64_t start = reader.Number(header + 4, 4);
     std::uint8_t count[2];
     Bytes directory;
-    if (reader.ReadAt(start, count, sizeof count)) {
+    if (reader.ReadAt(start, count, sizeof count) &&
+        reader.Holds(start + 2, reader.Number(count, 2) * kEntrySize)) {
         directory.resize(reader.Number(count, 2) * kEntrySize);
     }
     if (directory.empty() || !reader.ReadAt(start + 2, directory.data(), directory.size())) {

@@ -12,6 +12,10 @@ namespace {
 constexpr std::uint64_t kLargestBlock = std::uint64_t{1} << 32;
 // None of the common packings makes more than this of a byte.
 constexpr std::uint64_t kLargestRatio = 1500;
+// Of a block. A tile may be larger than the picture, but not without measure, and the bytes of
+// larger ones could not be counted in 64 bits.
+constexpr std::uint32_t kLargestBlockSide = 65536;
+constexpr std::uint64_t kUsualBlock = std::uint64_t{64} << 20;
 
 std::string ColourName(std::uint16_t photometric) {
     switch (photometric) {
@@ -75,8 +79,15 @@ PictureResult JudgeSamples(const std::filesystem::path& path, const TiffLayout& 
     return {};
 }
 
-// A few bytes that claim to be hundreds of megapixels are not worth the memory.
+// A few bytes that claim to be hundreds of megapixels, in all or in a single tile, are not worth
+// the memory.
 bool CanHold(const std::filesystem::path& path, const TiffLayout& layout, const Picture& picture) {
+    const std::uint64_t rowBytes = std::uint64_t{layout.width} * picture.PixelBytes();
+    const std::uint64_t pictureBytes = rowBytes * layout.height;
+    const std::uint64_t blockBytes = BlockBytes(layout, picture);
+    if (blockBytes > std::max(kUsualBlock, 4 * pictureBytes)) {
+        return false;
+    }
     switch (layout.compression) {
         case tiff::kNotPacked:
         case tiff::kLzw:
@@ -89,8 +100,7 @@ bool CanHold(const std::filesystem::path& path, const TiffLayout& layout, const 
     }
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(path, error);
-    const std::uint64_t rowBytes = std::uint64_t{layout.width} * picture.PixelBytes();
-    return error || rowBytes * layout.height / kLargestRatio <= size;
+    return error || std::max(pictureBytes, blockBytes) / kLargestRatio <= size;
 }
 
 std::uint32_t BlocksAcross(const TiffLayout& layout) {
@@ -158,7 +168,8 @@ PictureResult JudgeTiff(const std::filesystem::path& path, const TiffLayout& lay
     if (PictureResult failure = CheckSize(path, layout.width, layout.height); failure) {
         return failure;
     }
-    if (!CanHold(path, layout, picture)) {
+    if (layout.blockWidth > kLargestBlockSide || layout.blockHeight > kLargestBlockSide ||
+        !CanHold(path, layout, picture)) {
         return DamagedTiff(path, kTooSmall);
     }
     return {};
@@ -172,10 +183,9 @@ std::uint64_t BlockBytes(const TiffLayout& layout, const Picture& picture) {
 
 BlockOutcome ReadBlocks(const TiffLayout& layout, Picture& picture, const BlockReader& reader,
                         const StopFunction& stop) {
-    constexpr std::uint32_t kLargestSpan = 0x7FFFFFFF;
     const std::uint64_t blockBytes = BlockBytes(layout, picture);
-    if (blockBytes == 0 || blockBytes > kLargestBlock || layout.blockWidth > kLargestSpan ||
-        layout.blockHeight > kLargestSpan) {
+    if (layout.blockWidth > kLargestBlockSide || layout.blockHeight > kLargestBlockSide ||
+        blockBytes == 0 || blockBytes > kLargestBlock) {
         return BlockOutcome::Failed;
     }
     const bool separate = layout.planar == tiff::kSeparatePlanes;

@@ -118,29 +118,30 @@ std::string HexText(HRESULT result) {
     return text;
 }
 
+WicBand::WicBand(const WicFormat& format, const Picture& picture)
+    : rowBytes(static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(format.units) *
+               picture.SampleBytes()),
+      rows(static_cast<int>(std::max<std::size_t>(1, kBandBytes / rowBytes))),
+      bytes(rowBytes * static_cast<std::size_t>(std::min(rows, picture.height))) {}
+
 HRESULT CopyWicPixels(IWICBitmapSource* source, const WicFormat& format, Picture& picture,
                       const StopFunction& stop, bool& stopped) {
-    const std::size_t rowBytes = static_cast<std::size_t>(picture.width) *
-                                 static_cast<std::size_t>(format.units) * picture.SampleBytes();
-    const int rows = static_cast<int>(std::max<std::size_t>(1, kBandBytes / rowBytes));
-    std::vector<std::uint8_t> band(rowBytes *
-                                   static_cast<std::size_t>(std::min(rows, picture.height)));
-    for (int top = 0; top < picture.height; top += rows) {
+    WicBand band(format, picture);
+    for (int top = 0; top < picture.height; top += band.rows) {
         stopped = stop && stop();
         if (stopped) {
             return S_FALSE;
         }
-        const int count = std::min(rows, picture.height - top);
+        const int count = std::min(band.rows, picture.height - top);
         const WICRect rect{0, top, picture.width, count};
         const HRESULT result = source->CopyPixels(
-            &rect, static_cast<UINT>(rowBytes),
-            static_cast<UINT>(rowBytes * static_cast<std::size_t>(count)), band.data());
+            &rect, static_cast<UINT>(band.rowBytes),
+            static_cast<UINT>(band.rowBytes * static_cast<std::size_t>(count)), band.bytes.data());
         if (FAILED(result)) {
             return result;
         }
         for (int y = 0; y < count; ++y) {
-            UnpackRow(format, band.data() + static_cast<std::size_t>(y) * rowBytes,
-                      picture.Row(top + y), picture);
+            UnpackRow(format, band.Row(y), picture.Row(top + y), picture);
         }
     }
     return S_OK;

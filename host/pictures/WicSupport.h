@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "pictures/PictureFile.h"
 
@@ -69,6 +70,17 @@ const WicFormat* FindWicFormat(const GUID& id);
 
 // The straight format of a picture's own shape that writers know best, or null.
 const WicFormat* FindWicFormat(const Picture& picture);
+
+// As many rows at a time as fit into some megabytes.
+struct WicBand {
+    WicBand(const WicFormat& format, const Picture& picture);
+
+    std::size_t rowBytes;
+    int rows;
+    std::vector<std::uint8_t> bytes;
+
+    std::uint8_t* Row(int row) { return bytes.data() + static_cast<std::size_t>(row) * rowBytes; }
+};
 
 std::string HexText(HRESULT result);
 

@@ -13,7 +13,7 @@
 namespace mv::host {
 namespace {
 
-constexpr std::size_t kBandBytes = std::size_t{1} << 24;
+constexpr std::size_t kPartBytes = std::size_t{1} << 24;
 
 enum class Outcome { Done, Failed, Stopped };
 
@@ -67,25 +67,22 @@ void PackRow(const WicFormat& format, const Picture& picture, int y, std::uint8_
 
 Outcome WriteRows(const WicFormat& format, const Picture& picture, bool swapped, Target& target,
                   const StopFunction& stop) {
-    const std::size_t rowBytes = static_cast<std::size_t>(picture.width) *
-                                 static_cast<std::size_t>(format.units) * picture.SampleBytes();
-    const int rows = static_cast<int>(std::max<std::size_t>(1, kBandBytes / rowBytes));
-    std::vector<std::uint8_t> band(rowBytes *
-                                   static_cast<std::size_t>(std::min(rows, picture.height)));
-    for (int top = 0; top < picture.height; top += rows) {
+    WicBand band(format, picture);
+    for (int top = 0; top < picture.height; top += band.rows) {
         if (stop && stop()) {
             return Outcome::Stopped;
         }
-        const int count = std::min(rows, picture.height - top);
+        const int count = std::min(band.rows, picture.height - top);
         for (int y = 0; y < count; ++y) {
-            PackRow(format, picture, top + y, band.data() + static_cast<std::size_t>(y) * rowBytes);
+            PackRow(format, picture, top + y, band.Row(y));
         }
-        const std::size_t size = rowBytes * static_cast<std::size_t>(count);
+        const std::size_t size = band.rowBytes * static_cast<std::size_t>(count);
         if (swapped) {
-            SwapBytes(band.data(), size);
+            SwapBytes(band.bytes.data(), size);
         }
-        if (FAILED(target.frame->WritePixels(static_cast<UINT>(count), static_cast<UINT>(rowBytes),
-                                             static_cast<UINT>(size), band.data()))) {
+        if (FAILED(target.frame->WritePixels(static_cast<UINT>(count),
+                                             static_cast<UINT>(band.rowBytes),
+                                             static_cast<UINT>(size), band.bytes.data()))) {
             return Outcome::Failed;
         }
     }
@@ -104,7 +101,7 @@ bool TakeBytes(IStream* stream, std::vector<std::uint8_t>& bytes) {
     bytes.resize(static_cast<std::size_t>(status.cbSize.QuadPart));
     std::size_t at = 0;
     while (at < bytes.size()) {
-        const auto part = static_cast<ULONG>(std::min(bytes.size() - at, kBandBytes));
+        const auto part = static_cast<ULONG>(std::min(bytes.size() - at, kPartBytes));
         ULONG read = 0;
         if (FAILED(stream->Read(&bytes[at], part, &read)) || read == 0) {
             return false;

@@ -3,8 +3,11 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <deque>
+#include <span>
 #include <string_view>
+#include <vector>
 
+#include "program/NearestWord.h"
 #include "program/ParameterTable.h"
 #include "program/presets/PresetCommand.h"
 
@@ -41,6 +44,17 @@ void AddParameterOption(CLI::App& app, ParameterOption& target) {
     target.option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
 }
 
+// The option that was probably meant, or nothing.
+std::string NearestOption(const CLI::App& app, std::string_view unknown) {
+    std::vector<std::string> known;
+    for (const CLI::Option* const option : app.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            known.push_back("--" + name);
+        }
+    }
+    return NearestWord(unknown.substr(0, unknown.find('=')), known);
+}
+
 std::optional<Failure> Parse(CLI::App& app, std::vector<std::string> arguments) {
     std::reverse(arguments.begin(), arguments.end());  // as this parser takes them
     try {
@@ -48,13 +62,21 @@ std::optional<Failure> Parse(CLI::App& app, std::vector<std::string> arguments) 
     } catch (const CLI::ArgumentMismatch& error) {
         const std::string text = error.what();
         return UsageFailure(text.substr(0, text.find(':')) + " needs a value" + std::string(kHint));
+    } catch (const CLI::ConversionError& error) {
+        // Only switches have values of the parser's own kind.
+        const std::string text = error.what();
+        return UsageFailure("'" + text.substr(text.rfind("--")) +
+                            "' makes no sense: the option is given alone" + std::string(kHint));
     } catch (const CLI::Error& error) {
         return UsageFailure(std::string(error.what()) + std::string(kHint));
     }
     for (const std::string& unknown : app.remaining()) {
         // Behind "--" all words are names; the parser keeps the mark itself.
         if (unknown != "--") {
-            return UsageFailure("there is no option '" + unknown + "'" + std::string(kHint));
+            const std::string nearest = NearestOption(app, unknown);
+            return UsageFailure("there is no option '" + unknown + "'" +
+                                (nearest.empty() ? "" : "; did you mean '" + nearest + "'?") +
+                                std::string(nearest.empty() ? kHint : ""));
         }
     }
     return {};
@@ -76,7 +98,31 @@ std::optional<Failure> ReadValues(const std::deque<ParameterOption>& options,
     return {};
 }
 
-std::optional<Failure> SortFiles(std::vector<std::string> files, CommandLine& result) {
+// An option whose value is the name of a file, a folder or a preset.
+struct NameOption {
+    const char* name = nullptr;
+    std::string* target = nullptr;
+};
+
+// An empty name comes, for example, from a script's variable that was never set. The option was
+// meant all the same, so a run without it would do something else than was asked for.
+std::optional<Failure> CheckNames(const CLI::App& app, std::span<const NameOption> options) {
+    for (const NameOption& option : options) {
+        if (app.count(option.name) > 0 && option.target->empty()) {
+            return UsageFailure(std::string(option.name) + " was given an empty name" +
+                                std::string(kHint));
+        }
+    }
+    return {};
+}
+
+// What belongs to a run on pictures: its files, and options that mean nothing by themselves.
+std::optional<Failure> ReadRun(std::vector<std::string> files, CommandLine& result) {
+    if (result.force && result.savePreset.empty()) {
+        return UsageFailure(
+            "--force lets --save-preset replace a preset, and that was not given; "
+            "outputs that exist are replaced without it");
+    }
     if (files.empty()) {
         return UsageFailure("no picture was named" + std::string(kHint));
     }
@@ -233,11 +279,14 @@ std::optional<Failure> ReadCommandLine(std::vector<std::string> arguments, Comma
     app.add_flag("--skip-existing", result.skipExisting);
     app.add_flag("--force", result.force);
     app.add_flag("--timing", result.timing);
-    for (const auto& [name, target] :
-         {std::pair{"--mask", &result.mask}, std::pair{"--out-dir", &result.outputFolder},
-          std::pair{"--module", &result.module}, std::pair{"--preset", &result.preset},
-          std::pair{"--save-preset", &result.savePreset}}) {
-        app.add_option(name, *target)->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    const NameOption names[] = {{"--mask", &result.mask},
+                                {"--out-dir", &result.outputFolder},
+                                {"--module", &result.module},
+                                {"--preset", &result.preset},
+                                {"--save-preset", &result.savePreset}};
+    for (const NameOption& option : names) {
+        app.add_option(option.name, *option.target)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     }
     app.add_option("files", files);
     std::deque<ParameterOption> options;  // whose elements stay where they are
@@ -254,13 +303,16 @@ std::optional<Failure> ReadCommandLine(std::vector<std::string> arguments, Comma
                                   : Action::ListParameters;
         return {};
     }
+    if (std::optional<Failure> failure = CheckNames(app, names); failure) {
+        return failure;
+    }
     if (std::optional<Failure> failure = ReadValues(options, result.values); failure) {
         return failure;
     }
     if (isPresets) {
         return ReadPresetCommand(files, result);
     }
-    return SortFiles(std::move(files), result);
+    return ReadRun(std::move(files), result);
 }
 
 }  // namespace mv::host

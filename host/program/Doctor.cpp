@@ -79,7 +79,7 @@ int RunDoctor(const std::vector<std::string>& arguments) {
         }
         if (word == "--json") {
             json = true;
-        } else if (word.starts_with("--")) {
+        } else if (word.starts_with("-")) {
             return End(ExitCode::Usage, "doctor has no option '" + word +
                                             "'; 'radial-blur doctor --help' shows how it is used");
         } else if (!name.empty()) {

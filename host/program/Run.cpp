@@ -82,6 +82,10 @@ std::optional<Failure> MakeOutputFolder(const std::string& name) {
     }
     std::error_code error;
     const fs::path folder = PathFromText(name);
+    if (fs::exists(folder, error) && !fs::is_directory(folder, error)) {
+        return Failure{ExitCode::CannotWrite,
+                       "'" + name + "' is a file; --out-dir needs a folder, made if it is missing"};
+    }
     fs::create_directories(folder, error);
     if (!fs::is_directory(folder, error)) {
         return Failure{ExitCode::CannotWrite,

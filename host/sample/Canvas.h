@@ -40,6 +40,15 @@ public:
     int Width() const { return width_; }
     int Height() const { return height_; }
     Color& At(int x, int y);
+    // Every pixel from what `color(x, y)` says of its place.
+    template <class ColorAt>
+    void Fill(const ColorAt& color) {
+        for (int y = 0; y < height_; ++y) {
+            for (int x = 0; x < width_; ++x) {
+                At(x, y) = color(x, y);
+            }
+        }
+    }
     void Blend(int x, int y, const Color& color, double cover);
     // An ellipse with soft edges; `angle` turns its longer axis.
     void Ellipse(double x, double y, double longer, double shorter, double angle,

@@ -7,8 +7,6 @@
 namespace mv::host::sample {
 namespace {
 
-constexpr int kWidth = 1200;
-constexpr int kHeight = 800;
 constexpr double kHeadX = 510.0;
 constexpr double kHeadY = 350.0;
 constexpr double kSunX = 960.0;
@@ -16,10 +14,10 @@ constexpr double kSunY = 90.0;
 constexpr double kPi = 3.14159265358979323846;
 
 Color Meadow(double x, double y) {
-    const double height = y / kHeight;
+    const double height = y / kSceneHeight;
     Color color = Mix({0.10, 0.15, 0.05}, {0.010, 0.028, 0.006}, std::pow(height, 0.7));
     color = color * (0.65 + 0.7 * Noise(x * 0.004, y * 0.005, 2, 61));
-    const double distance = std::hypot(x - kSunX, y - kSunY) / kHeight;
+    const double distance = std::hypot(x - kSunX, y - kSunY) / kSceneHeight;
     return color + Color{1.0, 0.74, 0.36} * (0.9 * std::exp(-distance * 3.4));
 }
 
@@ -27,8 +25,8 @@ Color Meadow(double x, double y) {
 void PaintDiscs(Canvas& canvas) {
     Random random(23);
     for (int i = 0; i < 95; ++i) {
-        const double x = random.Between(0.0, kWidth);
-        const double y = random.Between(0.0, kHeight * 0.9);
+        const double x = random.Between(0.0, kSceneWidth);
+        const double y = random.Between(0.0, kSceneHeight * 0.9);
         const double size = random.Between(14.0, 44.0);
         const double light = std::exp(-std::hypot(x - kSunX, y - kSunY) / 420.0);
         const Color color = Mix({0.10, 0.22, 0.04}, {1.5, 1.05, 0.45}, light * random.Next());
@@ -72,16 +70,13 @@ void PaintHeart(Canvas& canvas) {
 }  // namespace
 
 Picture PaintFlower() {
-    Canvas canvas(kWidth, kHeight);
-    for (int y = 0; y < kHeight; ++y) {
-        for (int x = 0; x < kWidth; ++x) {
-            canvas.At(x, y) = Meadow(x, y);
-        }
-    }
+    Canvas canvas(kSceneWidth, kSceneHeight);
+    canvas.Fill([](int x, int y) { return Meadow(x, y); });
     PaintDiscs(canvas);
     canvas.Glow(kSunX, kSunY, 150.0, {2.2, 1.7, 1.0});
-    canvas.Branch(kHeadX - 70.0, kHeight + 20.0, 26.0, kHeadX, kHeadY, 19.0, {0.060, 0.115, 0.020});
-    canvas.Branch(kHeadX - 60.0, kHeight + 20.0, 6.0, kHeadX + 7.0, kHeadY, 5.0,
+    canvas.Branch(kHeadX - 70.0, kSceneHeight + 20.0, 26.0, kHeadX, kHeadY, 19.0,
+                  {0.060, 0.115, 0.020});
+    canvas.Branch(kHeadX - 60.0, kSceneHeight + 20.0, 6.0, kHeadX + 7.0, kHeadY, 5.0,
                   {0.30, 0.36, 0.07});
     PaintPetals(canvas, 19, 205.0, 0.1, 0.75);
     PaintPetals(canvas, 17, 185.0, 0.3, 1.0);

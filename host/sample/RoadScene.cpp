@@ -7,10 +7,8 @@
 namespace mv::host::sample {
 namespace {
 
-constexpr int kWidth = 1200;
-constexpr int kHeight = 800;
-constexpr double kVanishX = 0.5 * kWidth;
-constexpr double kHorizon = 0.47 * kHeight;
+constexpr double kVanishX = 0.5 * kSceneWidth;
+constexpr double kHorizon = 0.47 * kSceneHeight;
 constexpr double kFocal = 640.0;
 constexpr double kEyeHeight = 1.3;
 constexpr double kHalfRoad = 4.2;
@@ -96,14 +94,12 @@ void PaintPost(Canvas& canvas, double x, double along) {
 }  // namespace
 
 Picture PaintRoad() {
-    Canvas canvas(kWidth, kHeight);
-    for (int y = 0; y < kHeight; ++y) {
-        for (int x = 0; x < kWidth; ++x) {
-            const double right = (x + 0.5 - kVanishX) / kFocal;
-            const double up = (kHorizon - y - 0.5) / kFocal;
-            canvas.At(x, y) = up < -1e-4 ? Ground(right, up) : Land(x, y);
-        }
-    }
+    Canvas canvas(kSceneWidth, kSceneHeight);
+    canvas.Fill([](int x, int y) {
+        const double right = (x + 0.5 - kVanishX) / kFocal;
+        const double up = (kHorizon - y - 0.5) / kFocal;
+        return up < -1e-4 ? Ground(right, up) : Land(x, y);
+    });
     Random random(14);
     for (int i = 16; i >= 0; --i) {
         const double along = 11.0 + 9.0 * i;

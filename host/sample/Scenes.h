@@ -6,6 +6,10 @@
 
 namespace mv::host::sample {
 
+// Of all scenes but the lake.
+inline constexpr int kSceneWidth = 1200;
+inline constexpr int kSceneHeight = 800;
+
 Picture PaintLake();    // a low sun behind trees
 Picture PaintStreet();  // a wet street at night
 Picture PaintStage();   // a singer, spotlights and a crowd

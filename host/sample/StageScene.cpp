@@ -7,8 +7,6 @@
 namespace mv::host::sample {
 namespace {
 
-constexpr int kWidth = 1200;
-constexpr int kHeight = 800;
 constexpr double kFloor = 560.0;
 constexpr Color kDark = {0.004, 0.004, 0.006};
 
@@ -80,7 +78,7 @@ void PaintCrowd(Canvas& canvas) {
         const Color tone = Color{0.010, 0.006, 0.012} * (1.0 - 0.22 * row);
         const double base = 640.0 + row * 48.0;
         const double size = 24.0 + row * 8.0;
-        for (double x = -20.0; x < kWidth + 20.0; x += size * 2.1) {
+        for (double x = -20.0; x < kSceneWidth + 20.0; x += size * 2.1) {
             const double px = x + random.Between(-9.0, 9.0);
             const double py = base + random.Between(-16.0, 16.0);
             const double arms = random.Next();
@@ -101,12 +99,8 @@ void PaintCrowd(Canvas& canvas) {
 }  // namespace
 
 Picture PaintStage() {
-    Canvas canvas(kWidth, kHeight);
-    for (int y = 0; y < kHeight; ++y) {
-        for (int x = 0; x < kWidth; ++x) {
-            canvas.At(x, y) = Backdrop(x, y) + Beams(x, y);
-        }
-    }
+    Canvas canvas(kSceneWidth, kSceneHeight);
+    canvas.Fill([](int x, int y) { return Backdrop(x, y) + Beams(x, y); });
     for (const Spot& spot : kSpots) {
         const double size = spot.y > 200.0 ? 46.0 : 12.0;
         canvas.Glow(spot.x, spot.y, size * 7.0, spot.color * 0.35);

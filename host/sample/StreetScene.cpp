@@ -7,10 +7,8 @@
 namespace mv::host::sample {
 namespace {
 
-constexpr int kWidth = 1200;
-constexpr int kHeight = 800;
-constexpr double kVanishX = 0.5 * kWidth;
-constexpr double kVanishY = 0.45 * kHeight;
+constexpr double kVanishX = 0.5 * kSceneWidth;
+constexpr double kVanishY = 0.45 * kSceneHeight;
 constexpr double kFocal = 700.0;
 constexpr double kEyeHeight = 1.7;
 constexpr double kHalfStreet = 10.0;
@@ -124,15 +122,13 @@ void PaintLights(Canvas& canvas) {
 }  // namespace
 
 Picture PaintStreet() {
-    Canvas canvas(kWidth, kHeight);
-    for (int y = 0; y < kHeight; ++y) {
-        for (int x = 0; x < kWidth; ++x) {
-            const double right = (x + 0.5 - kVanishX) / kFocal;
-            const double up = (kVanishY - y - 0.5) / kFocal;
-            const bool seesGround = up < 0.0 && kEyeHeight / -up * std::fabs(right) < kHalfStreet;
-            canvas.At(x, y) = seesGround ? Ground(right, up) : Look(right, up);
-        }
-    }
+    Canvas canvas(kSceneWidth, kSceneHeight);
+    canvas.Fill([](int x, int y) {
+        const double right = (x + 0.5 - kVanishX) / kFocal;
+        const double up = (kVanishY - y - 0.5) / kFocal;
+        const bool seesGround = up < 0.0 && kEyeHeight / -up * std::fabs(right) < kHalfStreet;
+        return seesGround ? Ground(right, up) : Look(right, up);
+    });
     PaintLights(canvas);
     return canvas.Develop();
 }

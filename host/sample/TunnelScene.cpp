@@ -7,8 +7,6 @@
 namespace mv::host::sample {
 namespace {
 
-constexpr int kWidth = 1200;
-constexpr int kHeight = 800;
 constexpr double kFocal = 620.0;
 constexpr double kRadius = 5.5;
 constexpr double kEyeHeight = 1.6;
@@ -61,21 +59,19 @@ Color RoadSurface(double right, double up) {
 }  // namespace
 
 Picture PaintTunnel() {
-    Canvas canvas(kWidth, kHeight);
-    for (int y = 0; y < kHeight; ++y) {
-        for (int x = 0; x < kWidth; ++x) {
-            const double right = (x + 0.5 - kWidth / 2.0) / kFocal;
-            const double up = (kHeight * 0.5 - y - 0.5) / kFocal;
-            const double wall = kRadius / std::max(std::hypot(right, up), 1e-4);
-            const bool seesRoad = up < 0.0 && kEyeHeight / -up < wall;
-            canvas.At(x, y) = seesRoad ? RoadSurface(right, up) : Wall(right, up);
-        }
-    }
+    Canvas canvas(kSceneWidth, kSceneHeight);
+    canvas.Fill([](int x, int y) {
+        const double right = (x + 0.5 - kSceneWidth / 2.0) / kFocal;
+        const double up = (kSceneHeight * 0.5 - y - 0.5) / kFocal;
+        const double wall = kRadius / std::max(std::hypot(right, up), 1e-4);
+        const bool seesRoad = up < 0.0 && kEyeHeight / -up < wall;
+        return seesRoad ? RoadSurface(right, up) : Wall(right, up);
+    });
     for (int i = 9; i >= 0; --i) {
         const double along = 14.0 + 9.0 * i + (i % 3) * 2.0;
         for (const double x : {1.2, 2.5}) {
-            const double px = kWidth / 2.0 + x * kFocal / along;
-            const double py = kHeight / 2.0 + (kEyeHeight - 0.8) * kFocal / along;
+            const double px = kSceneWidth / 2.0 + x * kFocal / along;
+            const double py = kSceneHeight / 2.0 + (kEyeHeight - 0.8) * kFocal / along;
             canvas.Glow(px, py, 70.0 * kFocal / along / 60.0, {0.20, 0.010, 0.006});
             canvas.Ellipse(px, py, 0.2 * kFocal / along, 0.12 * kFocal / along, 0.0,
                            {4.0, 0.10, 0.06}, 1.0);

@@ -7,8 +7,6 @@
 namespace mv::host::sample {
 namespace {
 
-constexpr int kWidth = 1200;
-constexpr int kHeight = 800;
 constexpr double kMiddleX = 600.0;
 constexpr double kMiddleY = 350.0;
 constexpr double kRadius = 235.0;
@@ -77,21 +75,19 @@ Color Pane(int number, double x, double y, double edge) {
 }  // namespace
 
 Picture PaintWindow() {
-    Canvas canvas(kWidth, kHeight);
-    for (int y = 0; y < kHeight; ++y) {
-        for (int x = 0; x < kWidth; ++x) {
-            const double away = std::hypot(x - kMiddleX, y - kMiddleY) / kRadius;
-            double edge = 0.0;
-            const int pane = away < 0.97 ? PaneAt(x, y, edge) : -1;
-            Color color = Stone(x, y);
-            if (pane >= 0) {
-                color = Pane(pane, x, y, edge);
-            } else if (away < 1.10) {
-                color = Color{0.045, 0.038, 0.034} * (0.6 + 0.8 * Noise(x * 0.06, y * 0.06, 3, 99));
-            }
-            canvas.At(x, y) = color;
+    Canvas canvas(kSceneWidth, kSceneHeight);
+    canvas.Fill([](int x, int y) {
+        const double away = std::hypot(x - kMiddleX, y - kMiddleY) / kRadius;
+        double edge = 0.0;
+        const int pane = away < 0.97 ? PaneAt(x, y, edge) : -1;
+        Color color = Stone(x, y);
+        if (pane >= 0) {
+            color = Pane(pane, x, y, edge);
+        } else if (away < 1.10) {
+            color = Color{0.045, 0.038, 0.034} * (0.6 + 0.8 * Noise(x * 0.06, y * 0.06, 3, 99));
         }
-    }
+        return color;
+    });
     canvas.Glow(kMiddleX, kMiddleY, 420.0, {0.040, 0.036, 0.050});
     return canvas.Develop();
 }

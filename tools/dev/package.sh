@@ -76,7 +76,7 @@ Pack() {
 }
 
 RunPackage() {
-    NeedPackages native windows package
+    NeedPackages products windows package
     [[ -z "${SIGN_CERTIFICATE:-}" ]] || NeedPackages sign
     RunBuild
     RunWindows

@@ -4,10 +4,15 @@
 # The packages of one kind of work, one to a line.
 PackageGroup() {
     case "$1" in
-        # To build the Linux side, its tests and benchmarks.
+        # To build the module and the program for Linux.
+        products)
+            printf '%s\n' g++ cmake ninja-build ccache libcli11-dev libpng-dev libtiff-dev \
+                zlib1g-dev
+            ;;
+        # The same, and its tests and benchmarks.
         native)
-            printf '%s\n' g++ cmake ninja-build ccache pkg-config libcli11-dev libpng-dev \
-                libtiff-dev zlib1g-dev googletest libgtest-dev libgmock-dev libbenchmark-dev locales
+            PackageGroup products
+            printf '%s\n' pkg-config googletest libgtest-dev libgmock-dev libbenchmark-dev locales
             ;;
         # To build for Windows.
         windows) printf '%s\n' g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 ;;

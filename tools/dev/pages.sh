@@ -19,11 +19,15 @@ Body() {
             { print }'
 }
 
-# Pages <folder>: all packaged documents with their pictures.
+# Targets <page>: what a page links to and shows, one to a line.
+Targets() {
+    grep -oE '(href|src)="[^"]+' "$1" | sed 's/^[a-z]*="//'
+}
+
+# Pages <folder>: all packaged documents with the pictures that they show.
 Pages() {
-    local folder="$1" document
+    local folder="$1" document target
     mkdir -p "$folder/docs"
-    cp -r docs/images "$folder/docs/"
     for document in "${packagedDocuments[@]}"; do
         {
             sed -n '1,/^@BODY@$/p' tools/package/page.html | sed '$d' |
@@ -31,6 +35,11 @@ Pages() {
             Body "$document.md"
             sed '1,/^@BODY@$/d' tools/package/page.html
         } >"$folder/$document.html"
+        while IFS= read -r target; do
+            [[ "$target" == images/* ]] || continue
+            mkdir -p "$folder/docs/$(dirname "$target")"
+            cp "docs/$target" "$folder/docs/$target"
+        done < <(Targets "$folder/$document.html")
     done
     CheckPages "$folder"
 }
@@ -44,6 +53,6 @@ CheckPages() {
             target="${target%%#*}"
             [[ -e "$folder/$(dirname "$document")/$target" ]] ||
                 Die "$document.md leads to $target, which is not packed"
-        done < <(grep -oE '(href|src)="[^"]+' "$folder/$document.html" | sed 's/^[a-z]*="//')
+        done < <(Targets "$folder/$document.html")
     done
 }

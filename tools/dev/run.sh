@@ -11,7 +11,7 @@ sampleLooks=(
 
 RunSample() {
     local look name options folder=build/run
-    NeedPackages native
+    NeedPackages products
     Build native-release radial_blur radial-blur make_sample_picture
     RequireFiles build/native/radial_blur.so build/native/radial-blur
     mkdir -p "$folder"

@@ -1,6 +1,7 @@
 #include "program/presets/PresetCommand.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "program/Json.h"
 #include "program/ParameterTable.h"
@@ -23,6 +24,23 @@ constexpr CommandWord kCommandWords[] = {{"list", PresetAction::List, 1},
 
 Failure UsageFailure(const std::string& text) {
     return {ExitCode::Usage, text + "; 'radial-blur --help' shows how it is used"};
+}
+
+// An option that was given and says how pictures are blurred; null if none was.
+const char* OptionOfARun(const CommandLine& commandLine) {
+    const std::pair<bool, const char*> options[] = {
+        {!commandLine.mask.empty(), "--mask"},
+        {!commandLine.outputFolder.empty(), "--out-dir"},
+        {!commandLine.savePreset.empty(), "--save-preset"},
+        {!commandLine.module.empty(), "--module"},
+        {commandLine.skipExisting, "--skip-existing"},
+        {commandLine.timing, "--timing"}};
+    for (const auto& [given, option] : options) {
+        if (given) {
+            return option;
+        }
+    }
+    return nullptr;
 }
 
 bool IsStandard(const ParameterInfo& parameter, const ScriptValue& value) {
@@ -57,6 +75,13 @@ std::string ShowText(const std::string& name, const ScriptValues& values) {
     return text;
 }
 
+// What all reports begin with.
+void BeginReport(const CommandLine& commandLine, JsonWriter& json) {
+    json.BeginObject();
+    json.Key("file").Text(commandLine.presetFile);
+    json.Key("filter").Text(kPresetOwner);
+}
+
 std::optional<Failure> List(const CommandLine& commandLine, std::string& text) {
     std::vector<std::string> names;
     if (std::optional<Failure> failure = PresetFile(commandLine.presetFile).ReadNames(names);
@@ -70,9 +95,7 @@ std::optional<Failure> List(const CommandLine& commandLine, std::string& text) {
         return {};
     }
     JsonWriter json;
-    json.BeginObject();
-    json.Key("file").Text(commandLine.presetFile);
-    json.Key("filter").Text(kPresetOwner);
+    BeginReport(commandLine, json);
     json.Key("presets").BeginArray();
     for (const std::string& name : names) {
         json.Text(name);
@@ -91,9 +114,7 @@ std::optional<Failure> Show(const CommandLine& commandLine, std::string& text) {
         return failure;
     }
     JsonWriter json;
-    json.BeginObject();
-    json.Key("file").Text(commandLine.presetFile);
-    json.Key("filter").Text(kPresetOwner);
+    BeginReport(commandLine, json);
     json.Key("presets").BeginArray();
     for (const std::string& name : names) {
         ScriptValues values;
@@ -113,6 +134,21 @@ std::optional<Failure> Show(const CommandLine& commandLine, std::string& text) {
     return {};
 }
 
+// Does `work` with the preset that --save-preset names; nothing where it was not given.
+template <class Work>
+std::optional<Failure> WithSavePreset(const CommandLine& commandLine, const Work& work) {
+    if (commandLine.savePreset.empty()) {
+        return {};
+    }
+    PresetReference reference;
+    if (std::optional<Failure> failure =
+            ReadPresetReference("--save-preset", commandLine.savePreset, reference);
+        failure) {
+        return failure;
+    }
+    return work(PresetFile(reference.file), reference.preset);
+}
+
 // What was done, for both that change the file.
 std::string ChangeText(const CommandLine& commandLine, const char* done, const char* where) {
     const std::string name = StoredPresetName(commandLine.presetName);
@@ -122,9 +158,7 @@ std::string ChangeText(const CommandLine& commandLine, const char* done, const c
                                        " '" + commandLine.presetFile + "'\n";
     }
     JsonWriter json;
-    json.BeginObject();
-    json.Key("file").Text(commandLine.presetFile);
-    json.Key("filter").Text(kPresetOwner);
+    BeginReport(commandLine, json);
     json.Key(done).Text(name);
     json.EndObject();
     return json.Take();
@@ -159,10 +193,8 @@ std::optional<Failure> ReadPresetCommand(const std::vector<std::string>& words,
         (!commandLine.values.empty() || !commandLine.preset.empty() || commandLine.force)) {
         return UsageFailure(name + " takes no values of parameters, no --preset and no --force");
     }
-    if (!commandLine.mask.empty() || !commandLine.outputFolder.empty() ||
-        !commandLine.savePreset.empty() || commandLine.timing) {
-        return UsageFailure(name + " works on no picture: it takes no --mask, --out-dir, " +
-                            "--save-preset or --timing");
+    if (const char* const option = OptionOfARun(commandLine); option != nullptr) {
+        return UsageFailure(name + " works on no picture and takes no " + option);
     }
     commandLine.action = Action::Presets;
     commandLine.presetAction = command->action;
@@ -219,29 +251,15 @@ std::optional<Failure> CollectValues(const CommandLine& commandLine, ScriptValue
 }
 
 std::optional<Failure> CheckSavePreset(const CommandLine& commandLine) {
-    if (commandLine.savePreset.empty()) {
-        return {};
-    }
-    PresetReference reference;
-    if (std::optional<Failure> failure =
-            ReadPresetReference("--save-preset", commandLine.savePreset, reference);
-        failure) {
-        return failure;
-    }
-    return PresetFile(reference.file).CheckSave(reference.preset, commandLine.force);
+    return WithSavePreset(commandLine, [&](const PresetFile& file, const std::string& preset) {
+        return file.CheckSave(preset, commandLine.force);
+    });
 }
 
 std::optional<Failure> SavePresetOfRun(const CommandLine& commandLine, const ScriptValues& values) {
-    if (commandLine.savePreset.empty()) {
-        return {};
-    }
-    PresetReference reference;
-    if (std::optional<Failure> failure =
-            ReadPresetReference("--save-preset", commandLine.savePreset, reference);
-        failure) {
-        return failure;
-    }
-    return PresetFile(reference.file).Save(reference.preset, values, commandLine.force);
+    return WithSavePreset(commandLine, [&](const PresetFile& file, const std::string& preset) {
+        return file.Save(preset, values, commandLine.force);
+    });
 }
 
 }  // namespace mv::host

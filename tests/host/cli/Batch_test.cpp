@@ -4,6 +4,7 @@
 
 #include "pictures/PictureFile.h"
 #include "support/ChildProcess.h"
+#include "support/FolderTest.h"
 #include "support/TestFiles.h"
 
 namespace mv::host::test {
@@ -16,7 +17,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-class BatchTest : public ::testing::Test {
+class BatchTest : public FolderTest {
 protected:
     void SetUp() override {
         for (const char* name : {"a.png", "b.png", "c.png"}) {
@@ -24,7 +25,6 @@ protected:
         }
     }
 
-    std::string Text(const std::string& name) const { return PathToText(folder_ / name); }
     ProgramRun RunAll(std::vector<std::string> options, const std::vector<std::string>& names) {
         for (const std::string& name : names) {
             options.push_back(Text(name));
@@ -32,8 +32,6 @@ protected:
         options.insert(options.end(), {"--out-dir", Text("out")});
         return RunRadialBlur(options);
     }
-
-    TempFolder folder_;
 };
 
 TEST_F(BatchTest, WhatIsThereIsSkippedAndStaysAsItIs) {

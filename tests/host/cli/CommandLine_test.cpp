@@ -381,6 +381,46 @@ TEST_F(CommandLineTest, TheLastOfSeveralWins) {
     EXPECT_EQ(ValueLine(run, "GammaCorrection"), "\"GammaCorrection\": false");
 }
 
+TEST_F(CommandLineTest, AnEmptyNameIsNotTakenForNoName) {
+    for (const char* const option :
+         {"--mask", "--out-dir", "--module", "--preset", "--save-preset"}) {
+        const ProgramRun run = RunRadialBlur({In(), Out(), option, ""}, {.module = ""});
+        EXPECT_EQ(run.code, 2) << option;
+        EXPECT_THAT(run.err, HasSubstr(std::string(option) + " was given an empty name"));
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "out.png"));
+}
+
+TEST_F(CommandLineTest, ASlipOfTheFingerIsAnsweredWithTheOptionThatWasMeant) {
+    const std::pair<const char*, const char*> slips[] = {
+        {"--strenght", "--strength"},
+        {"--hu", "--hue"},
+        {"--skip-exisiting", "--skip-existing"},
+        {"--blednd=screen", "--blend"},
+        {"--no-gamma-corection", "--no-gamma-correction"}};
+    for (const auto& [slip, meant] : slips) {
+        const ProgramRun run = RunWith({slip});
+        EXPECT_EQ(run.code, 2) << slip;
+        EXPECT_THAT(run.err, HasSubstr("there is no option '" + std::string(slip) +
+                                       "'; did you mean '" + meant + "'?\n"));
+    }
+    EXPECT_THAT(RunWith({"--something-else"}).err,
+                HasSubstr("there is no option '--something-else'; 'radial-blur --help'"));
+}
+
+TEST_F(CommandLineTest, ASwitchIsGivenAlone) {
+    const ProgramRun run = RunWith({"--invert-gradient=maybe"});
+    EXPECT_EQ(run.code, 2);
+    EXPECT_THAT(run.err, HasSubstr("'--invert-gradient = maybe' makes no sense"));
+}
+
+TEST_F(CommandLineTest, ForceIsForPresetsOnly) {
+    const ProgramRun run = RunWith({"--force"});
+    EXPECT_EQ(run.code, 2);
+    EXPECT_THAT(run.err, HasSubstr("--force lets --save-preset replace a preset"));
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "out.png"));
+}
+
 TEST_F(CommandLineTest, ALineTellsWhatWasDone) {
     const ProgramRun run = RunWith({});
     EXPECT_EQ(run.code, 0);

@@ -13,6 +13,7 @@
 #include "pictures/PlainTiff.h"
 #include "pictures/PngChunks.h"
 #include "support/ChildProcess.h"
+#include "support/FolderTest.h"
 #include "support/TestFiles.h"
 
 namespace mv::host::test {
@@ -23,11 +24,8 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-class DiskTest : public ::testing::Test {
+class DiskTest : public FolderTest {
 protected:
-    std::string Text(const std::string& name) const { return PathToText(folder_ / name); }
-
-    TempFolder folder_;
 };
 
 // A limit on file sizes stops a write in the middle, just as a full disk does.

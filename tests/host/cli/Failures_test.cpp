@@ -7,6 +7,7 @@
 #include "Module.h"
 #include "pictures/PictureFile.h"
 #include "support/ChildProcess.h"
+#include "support/FolderTest.h"
 #include "support/TestFiles.h"
 
 namespace mv::host::test {
@@ -17,11 +18,10 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-class FailuresTest : public ::testing::Test {
+class FailuresTest : public FolderTest {
 protected:
     void SetUp() override { WriteGradientPng(folder_ / "in.png", 8, 6, 3, 8); }
 
-    std::string Text(const std::string& name) const { return PathToText(folder_ / name); }
     ProgramRun RunFiles(const std::string& input, const std::string& output,
                         const RunOptions& options = {}) {
         return RunRadialBlur({Text(input), Text(output)}, options);
@@ -36,8 +36,6 @@ protected:
         EXPECT_EQ(run.err.rfind("radial-blur: ", 0), 0U) << run.err;
         EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << run.err;
     }
-
-    TempFolder folder_;
 };
 
 TEST_F(FailuresTest, AMissingInputGivesThree) {
@@ -190,7 +188,7 @@ TEST_F(FailuresTest, AFolderAsOutputGivesSix) {
 
 TEST_F(FailuresTest, AnOutputFolderThatIsAFileGivesSix) {
     ExpectSentence(RunRadialBlur({Text("in.png"), "--out-dir", Text("in.png")}), 6,
-                   "cannot make the folder");
+                   "'" + Text("in.png") + "' is a file; --out-dir needs a folder");
 }
 
 TEST_F(FailuresTest, AMissingModuleGivesSeven) {

@@ -7,6 +7,7 @@
 
 #include "pictures/PictureFile.h"
 #include "support/ChildProcess.h"
+#include "support/FolderTest.h"
 #include "support/TestFiles.h"
 
 namespace mv::host::test {
@@ -17,11 +18,9 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-class InterruptTest : public ::testing::Test {
+class InterruptTest : public FolderTest {
 protected:
     void SetUp() override { WriteGradientPng(folder_ / "in.png", 8, 6, 3, 8); }
-
-    std::string Text(const std::string& name) const { return PathToText(folder_ / name); }
 
     // Sends a signal once, some time after the start, when the module is at work.
     static std::function<int()> After(int milliseconds, int signal) {
@@ -35,8 +34,6 @@ protected:
             return signal;
         };
     }
-
-    TempFolder folder_;
 };
 
 class SignalTest : public InterruptTest, public ::testing::WithParamInterface<int> {};

@@ -8,6 +8,7 @@
 #include "pictures/PictureFile.h"
 #include "program/presets/PresetFile.h"
 #include "support/ChildProcess.h"
+#include "support/FolderTest.h"
 #include "support/PresetTexts.h"
 #include "support/TestFiles.h"
 
@@ -20,9 +21,8 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-class PresetsTest : public ::testing::Test {
+class PresetsTest : public FolderTest {
 protected:
-    std::string Text(const std::string& name) const { return PathToText(folder_ / name); }
     std::string File() const { return Text("looks.cfg"); }
     std::string Content() const { return ReadText(folder_ / "looks.cfg"); }
     void Put(const std::string& bytes) const { WriteText(folder_ / "looks.cfg", bytes); }
@@ -46,8 +46,6 @@ protected:
         const std::size_t begin = at + key.size();
         return run.out.substr(begin, run.out.find_first_of(",\n", begin) - begin);
     }
-
-    TempFolder folder_;
 };
 
 // --- What is written ---
@@ -650,7 +648,15 @@ TEST_F(PresetsTest, WrongUseIsExplained) {
         {{"show", File(), "a", "b"}, "'presets show' does not know what to do with 'b'"},
         {{"show", File(), "a", "--hue", "1"}, "'presets show' takes no values of parameters"},
         {{"delete", File(), "a", "--force"}, "'presets delete' takes no values of parameters"},
-        {{"save", File(), "a", "--out-dir", "x"}, "'presets save' works on no picture"},
+        {{"save", File(), "a", "--out-dir", "x"},
+         "'presets save' works on no picture and takes no --out-dir"},
+        {{"list", File(), "--skip-existing"},
+         "'presets list' works on no picture and takes no --skip-existing"},
+        {{"show", File(), "--module", "x"},
+         "'presets show' works on no picture and takes no --module"},
+        {{"delete", File(), "a", "--timing"},
+         "'presets delete' works on no picture and takes no --timing"},
+        {{"save", File(), "a", "--preset", ""}, "--preset was given an empty name"},
         {{"save", File(), "a", "--hue", "9"}, "--hue: 9 is out of range"},
         {{"save", File(), "a", "--bogus"}, "there is no option '--bogus'"},
     };

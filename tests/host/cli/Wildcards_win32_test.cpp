@@ -4,6 +4,7 @@
 
 #include "pictures/PictureFile.h"
 #include "support/ChildProcess.h"
+#include "support/FolderTest.h"
 #include "support/TestFiles.h"
 
 namespace mv::host::test {
@@ -12,7 +13,7 @@ namespace {
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 
-class WildcardsTest : public ::testing::Test {
+class WildcardsTest : public FolderTest {
 protected:
     void SetUp() override {
         for (const char* name : {"c.png", "a.png", "b.png"}) {
@@ -21,10 +22,6 @@ protected:
         WriteText(folder_ / "a.txt", "no picture");
         std::filesystem::create_directory(folder_ / "d.png");
     }
-
-    std::string Text(const std::string& name) const { return PathToText(folder_ / name); }
-
-    TempFolder folder_;
 };
 
 TEST_F(WildcardsTest, AStarStandsForTheFilesOfTheFolderInOrder) {

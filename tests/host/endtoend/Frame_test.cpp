@@ -44,6 +44,13 @@ void ForgetSuites() {
 class FrameTest : public testing::Test {
 protected:
     void SetUp() override { ForgetSuites(); }
+    // A run in such a host ends for lack of memory and touches nothing.
+    void ExpectNoMemory(const HostOffer& offer) const {
+        JobSession session(job_, offer);
+        EXPECT_EQ(session.Start(), hostapi::memFullErr);
+        EXPECT_EQ(session.Output(), job_.output);
+        EXPECT_EQ(session.Reproach(), "");
+    }
     RenderJob job_ = SmallJob();
 };
 
@@ -296,10 +303,7 @@ TEST_F(FrameTest, WithoutTheHandleSuiteMemoryComesFromTheModuleItself) {
 TEST_F(FrameTest, WithTheHandleSuiteAloneThereIsNoMemory) {
     HostOffer offer;
     offer.bufferSuite = false;
-    JobSession session(job_, offer);
-    EXPECT_EQ(session.Start(), hostapi::memFullErr);
-    EXPECT_EQ(session.Output(), job_.output);
-    EXPECT_EQ(session.Reproach(), "");
+    ExpectNoMemory(offer);
 }
 
 TEST_F(FrameTest, WithoutABasicSuiteMemoryComesFromTheModuleItself) {
@@ -318,10 +322,7 @@ TEST_F(FrameTest, AStaleHandleSuiteWithoutABufferSuiteGivesNoMemory) {
     ExpectSameBytes(job_);
     HostOffer offer;
     offer.basicSuite = false;
-    JobSession session(job_, offer);
-    EXPECT_EQ(session.Start(), hostapi::memFullErr);
-    EXPECT_EQ(session.Output(), job_.output);
-    EXPECT_EQ(session.Reproach(), "");
+    ExpectNoMemory(offer);
 }
 
 TEST_F(FrameTest, AStaleHandleSuiteWithABufferSuiteUsesTheHostsMemory) {

@@ -349,6 +349,40 @@ TEST_F(HostileTest, HugeGainsGiveTheBytesOfTheSecondComputationInIntegers) {
     }
 }
 
+// No host should give them. Each step converts them within the range of the type that it converts
+// to, which the sanitizer for such conversions sees; what is written is white at most, and the same
+// each time.
+TEST_F(HostileTest, SixteenBitSamplesAboveWhiteComeOutAsWhiteAtMost) {
+    constexpr int kFirstShape = 6;
+    constexpr std::uint16_t kWhite = 32768;
+    Random random(38);
+    for (int number = 0; number < 6 * 4 * 2 * 3; ++number) {
+        RenderJob job = RandomPicture(random, kFirstShape + number % 6, 12, 9);
+        ASSERT_EQ(job.facts.depth, 16);
+        for (int i = 0; i < 12 * 9; ++i) {
+            for (int plane = 0; plane < job.facts.planes; ++plane) {
+                const double value = random.OneIn(4) ? 65535.0 : 32768.0 + random.Below(32768);
+                job.Set(i % 12, i / 12, plane, value);
+            }
+        }
+        job.settings.selectionShow = 1 + number / 6 % 4;
+        job.settings.mode = 1 + number / 24 % 2;
+        job.settings.blendMode = 1 + random.Below(23);
+        job.settings.strength = random.OneIn(4) ? 0.0 : random.Between(0.0, 1.0);
+        job.settings.selectionSoften = random.OneIn(2) ? 0.0 : random.Between(0.0, 3.0);
+        job.settings.hue = random.OneIn(2) ? 0.0 : random.Between(-1.0, 1.0);
+        job.settings.gammaCorrection = random.OneIn(2);
+        std::fill(job.output.begin(), job.output.end(), std::uint8_t{0});
+        const std::vector<std::uint8_t> output = RenderedOutput(job);
+        ASSERT_EQ(output, RenderedOutput(job)) << Describe(job);
+        for (std::size_t at = 0; at + 1 < output.size(); at += 2) {
+            std::uint16_t sample = 0;
+            std::memcpy(&sample, &output[at], sizeof sample);
+            ASSERT_LE(sample, kWhite) << Describe(job);
+        }
+    }
+}
+
 // One sample of a float picture is no number. The gray shape has one channel, so that everything
 // it spoils follows; it must be spoilt on its own rays alone.
 TEST_F(HostileTest, FloatSamplesThatAreNoNumbersInGray) {

@@ -4,6 +4,7 @@
 #include <sched.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -57,12 +58,12 @@ RenderJob Job(int number) {
     return job;
 }
 
-// A render; the number of the process's threads while it runs.
+// A render; the most threads that the process has while it runs.
 int Render(const RenderJob& job, hostapi::EntryPoint entry) {
     JobSession session(job, {}, {}, entry);
     int threads = 0;
     session.Host().Hooks().progress = [&](std::int32_t, std::int32_t) {
-        threads = threads == 0 ? Threads() : threads;
+        threads = std::max(threads, Threads());
     };
     EXPECT_EQ(session.Start(), hostapi::noErr);
     EXPECT_EQ(session.Reproach(), "");
@@ -103,6 +104,8 @@ TEST_F(Unload, LoadRunUnloadWithSixtyFourSlots) {
     const RenderJob job = Job(5);
     int threads = 0;
     int files = 0;
+    // A sanitizer starts a thread of its own beside the first that is started.
+    std::thread([] {}).join();
     const int cycles = Times(60, 1000);
     for (int cycle = 0; cycle < cycles; ++cycle) {
         {
