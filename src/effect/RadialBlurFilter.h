@@ -100,7 +100,7 @@ private:
         fast.hasShared = this->AreWindowsAlike();
         if (fast.hasShared) {
             const WindowRule rule{0.0, 0.0, this->strength, this->zoomStart};
-            fast.shared.FillAll(rule, 0, steps, INT32_MAX);
+            fast.shared.FillAll(rule, 0, steps, INT32_MAX, kernels_);
             fast.reachesBackOnly = true;
             for (std::int32_t i = 0; i < steps && fast.reachesBackOnly; ++i) {
                 fast.reachesBackOnly = fast.shared.From(i)->high <= i;
@@ -243,8 +243,8 @@ private:
         for (int g = 0; g < kRaysInGroup; ++g) {
             const Ray& ray = plan.rays[g];
             const WindowRule rule = this->RuleOf(ray);
-            fast.own[g].FillAll(rule, 0, plan.lead[g], ray.steps);
-            fast.own[g].FillAll(rule, plan.lead[g] + ownFrom, ray.steps, ray.steps);
+            fast.own[g].FillAll(rule, 0, plan.lead[g], ray.steps, kernels_);
+            fast.own[g].FillAll(rule, plan.lead[g] + ownFrom, ray.steps, ray.steps, kernels_);
         }
         return ownFrom;
     }

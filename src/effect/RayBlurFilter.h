@@ -118,10 +118,14 @@ protected:
 
     bool HasSelection() const { return imageSelection.data != nullptr; }
 
-    // The rays of all sides start at the centre, at the same distance 0 and without a holdout.
+    // The rays of all sides start at the centre, at the same distance 0 and without a holdout. Of
+    // windows that are longer than coordinates are exact, those that a line's end cuts need not
+    // come last, as who shares windows takes for granted.
     bool AreWindowsAlike() const {
-        return field_.centerX >= 0 && field_.centerX < field_.width && field_.centerY >= 0 &&
-               field_.centerY < field_.height && holdoutRadius == 0.0;
+        constexpr double kLongest = 1e12;
+        const double reach = strength * LongestLine() * (std::fabs(zoomStart) + 1.0);
+        return reach < kLongest && field_.centerX >= 0 && field_.centerX < field_.width &&
+               field_.centerY >= 0 && field_.centerY < field_.height && holdoutRadius == 0.0;
     }
 
     RayField field_{};
@@ -387,6 +391,10 @@ protected:
     // Adds at once where no earlier side can reach, and to the side's list elsewhere.
     void Splat(Side& side, const Ray& ray, bool mustTest, std::int32_t major, std::int32_t minor,
                double part, const double* value) {
+        // Nothing of a sample that is a number adds nothing.
+        if (Image::Pixel_t::kWhite != 1 && part == 0.0) {
+            return;
+        }
         const std::int32_t x = ray.isXMajor ? major : minor;
         const std::int32_t y = ray.isXMajor ? minor : major;
         if (!mustTest || side.zone.Contains(x, y)) {

@@ -20,7 +20,10 @@ bool WindowTable::Fill(const WindowRule& rule, std::int32_t i, std::int32_t n) {
 }
 
 void WindowTable::FillAll(const WindowRule& rule, std::int32_t from, std::int32_t to,
-                          std::int32_t n) {
+                          std::int32_t n, const RayKernels* kernels) {
+    if (kernels != nullptr) {
+        from = kernels->fillWindows(positions_, rule, from, to, n);
+    }
     for (std::int32_t i = from; i < to; ++i) {
         Fill(rule, i, n);
     }

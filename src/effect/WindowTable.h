@@ -7,14 +7,6 @@
 
 namespace mv {
 
-// How long windows are and where they lie. Lengths in steps of the line.
-struct WindowRule {
-    double startDistance;  // from the centre to the line's first sample
-    double holdout;        // within it windows have no length
-    double strength;
-    double zoomStart;
-};
-
 // The length of the window of step i; a NaN counts as 0.
 inline double WindowLength(const WindowRule& rule, std::int32_t i, double selection) {
     const double wanted = (rule.startDistance + i - rule.holdout) * rule.strength * selection;
@@ -61,7 +53,9 @@ public:
 
     // Step i of a line of n samples. False when the line's end cut the window.
     bool Fill(const WindowRule& rule, std::int32_t i, std::int32_t n);
-    void FillAll(const WindowRule& rule, std::int32_t from, std::int32_t to, std::int32_t n);
+    // With kernels the fast form, for the same entries.
+    void FillAll(const WindowRule& rule, std::int32_t from, std::int32_t to, std::int32_t n,
+                 const RayKernels* kernels = nullptr);
 
     // Fills the steps at the end of a line of n samples whose windows are cut, and gives the
     // first of them: windows move outward from step to step, so the cut ones come last.

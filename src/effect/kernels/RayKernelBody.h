@@ -10,14 +10,13 @@ inline Vector4 SamplePixel(const float* first, const float* second, double keep,
 
 // One channel: a ray to a lane.
 inline Vector4 SampleFour(const float* row, const Places& places, const RayGroup& group) {
-    float first[kRaysInGroup];
-    float second[kRaysInGroup];
-    for (int g = 0; g < kRaysInGroup; ++g) {
-        first[g] = row[places.first[g] * group.imageMinor];
-        second[g] = row[SecondOf(places.first[g], group.minorSize) * group.imageMinor];
-    }
-    return Widen(_mm_loadu_ps(first)) * Load(places.keep) +
-           Widen(_mm_loadu_ps(second)) * Load(places.share);
+    const auto at = [&](std::int32_t pixel) { return row[pixel * group.imageMinor]; };
+    const std::int32_t size = group.minorSize;
+    const std::int32_t* first = places.first;
+    const __m128 here = _mm_setr_ps(at(first[0]), at(first[1]), at(first[2]), at(first[3]));
+    const __m128 next = _mm_setr_ps(at(SecondOf(first[0], size)), at(SecondOf(first[1], size)),
+                                    at(SecondOf(first[2], size)), at(SecondOf(first[3], size)));
+    return Widen(here) * Load(places.keep) + Widen(next) * Load(places.share);
 }
 
 // The samples of one step of four rays, each in a vector; with one channel all in the first.

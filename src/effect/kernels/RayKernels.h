@@ -30,6 +30,14 @@ struct RayGroup {
     const double* line[kRaysInGroup];  // for scatter: entry 0 of each ray's line
 };
 
+// How long windows are and where they lie. Lengths in steps of the line.
+struct WindowRule {
+    double startDistance;  // from the centre to the line's first sample
+    double holdout;        // within it windows have no length
+    double strength;
+    double zoomStart;
+};
+
 // Where the window of a step lies on the line, and what its sum is divided by. The sum is
 // highKeep P[high] + highNext P[high + 1] - lowNext P[low - 1] - lowKeep P[low].
 struct WindowPosition {
@@ -66,6 +74,10 @@ struct RayKernels {
     // has been sampled already; minor and lane are the first's, and minor comes back as that of the
     // step behind the last. line[0] as in scatter.
     void (*blur[5])(RayGroup& group, const WindowPosition* windows);
+    // Fills the windows of steps from on, on a line of n samples, as many as make whole vectors,
+    // and gives the first step that is left.
+    std::int32_t (*fillWindows)(WindowPosition* windows, const WindowRule& rule, std::int32_t from,
+                                std::int32_t end, std::int32_t n);
 };
 
 enum class InstructionSet { Plain, Sse2, Avx2 };
