@@ -1,20 +1,19 @@
-// Preset files: any bytes as the file and any name, read, listed, saved and deleted.
-#include <sys/stat.h>
-#include <unistd.h>
-
+// Preset files: any bytes as the file and any name, read, listed, saved and deleted, on a disk that
+// may refuse any of it.
 #include <cmath>
 #include <list>
 
 #include "FuzzInput.h"
 #include "FuzzTarget.h"
-#include "TestFolder.h"
+#include "MemoryFiles.h"
 #include "frame/pfFilterRadialBlur.h"
 #include "parameters/PresetText.h"
 #include "parameters/pfUndoBuffer.h"
-#include "platform/FileReplace.h"
 
 namespace {
 
+using fuzzing::DiskFaults;
+using fuzzing::MemoryFiles;
 using fuzzing::Require;
 
 mv::pfFilterRadialBlur& Filter() {
@@ -22,15 +21,9 @@ mv::pfFilterRadialBlur& Filter() {
     return filter;
 }
 
-bool Exists(const std::string& path) {
-    struct stat facts {};
-    return lstat(path.c_str(), &facts) == 0;
-}
-
 std::string Content(const std::string& path) {
-    std::string content;
-    static_cast<void>(mv::ReadWholeFile(path, content));
-    return content;
+    const std::string* const content = MemoryFiles::Get().Find(path);
+    return content == nullptr ? std::string() : *content;
 }
 
 bool HoldsPreset(const std::string& content, const std::string& name) {
@@ -71,6 +64,12 @@ void Save(const std::string& name, const std::string& path) {
     }
     const std::string saved = WithoutBlanks(name);
     const std::string once = Content(path);
+    const DiskFaults& faults = MemoryFiles::Get().Faults();
+    if (faults.refusesReading || faults.replacement != mv::FileReplacement::Done) {
+        Require(once.starts_with(before), "a disk that refuses something costs nothing");
+        Require(!faults.refusesAdding || once == before, "what was refused is not there");
+        return;
+    }
     // A file that breaks off behind the word "name" takes the new block's first word for a name,
     // and an owner's line within the replaced block goes with it.
     std::string owner = "RadialBlur";
@@ -102,16 +101,31 @@ void List(const std::string& path) {
     Require(Content(path) == before, "listing leaves the file");
 }
 
+// Every second input finds a disk that takes everything.
+DiskFaults Faults(int head) {
+    DiskFaults faults;
+    if ((head & 0x80) != 0) {
+        faults.replacement = static_cast<mv::FileReplacement>(1 + (head >> 4 & 3));
+        faults.refusesAdding = (head & 8) != 0;
+    } else if ((head & 0x78) == 0x40) {
+        faults.refusesReading = true;
+    }
+    return faults;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const fuzzing::TestFolder folder;
-    const std::string path = folder.File("presets.cfg");
+    static const std::string path = "presets.cfg";
     fuzzing::FuzzInput input(data, size);
-    const int operation = input.Below(8);
+    const int head = input.Byte();
+    const int operation = head % 8;
     const std::string name = input.Text(static_cast<std::size_t>(input.Below(24)));
-    const std::string content = input.Rest();
-    folder.Write(path, content);
+    MemoryFiles& files = MemoryFiles::Get();
+    files.Restart(path, input.Rest(), Faults(head));
+    if ((head & 0xF8) == 0x48) {
+        files.Remove(path);
+    }
     // Every input starts from the same values.
     Filter().Reset(false);
     if (operation < 3) {
@@ -123,7 +137,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } else {
         List(path);
     }
-    Require(!Exists(path + "tmp"), "no temporary file is left behind");
+    Require(files.Count() <= 1, "no file is made beside the one that was named");
     return 0;
 }
 
@@ -142,6 +156,11 @@ std::vector<std::string> fuzzing::Seeds() {
             seeds.push_back(head + name + "\xEF\xBB\xBF" + mv::ToCarriageReturns(kFile) +
                             "\xFF\x1A");
         }
+    }
+    for (const char head :
+         {'\x43', '\x4B', '\x83', '\x8B', '\x93', '\xA3', '\xB3', '\x86', '\xB6'}) {
+        seeds.push_back(std::string(1, head) + "\x04" + "rays" + kFile);
+        seeds.push_back(std::string(1, head) + "\x03" + "new" + kFile);
     }
     seeds.push_back(std::string("\x03\x01x", 3));
     seeds.push_back(std::string("\x03\x01xFileOwner Other\nname a\n"));

@@ -1,6 +1,8 @@
 // What is remembered between runs: stored values of any size and content, under every name.
+#include <algorithm>
 #include <cmath>
-#include <map>
+#include <string_view>
+#include <utility>
 
 #include "FuzzInput.h"
 #include "FuzzTarget.h"
@@ -21,11 +23,11 @@ public:
 
     bool Read(const char* name, void* data, std::uint32_t capacity,
               std::uint32_t& length) noexcept override {
-        const auto written = values_.find(name);
-        if (written == values_.end() && input_.Left() == 0) {
+        const std::string* const written = Find(name);
+        if (written == nullptr && input_.Left() == 0) {
             return false;
         }
-        const std::string value = written != values_.end() ? written->second : Invent(capacity);
+        const std::string value = written != nullptr ? *written : Invent(capacity);
         if (value.size() > capacity) {
             // Failures of some systems tell the size that would have been needed.
             length = static_cast<std::uint32_t>(value.size());
@@ -38,13 +40,26 @@ public:
 
     bool Write(const char* name, mv::ValueKind, const void* data,
                std::uint32_t length) noexcept override {
-        values_[name].assign(static_cast<const char*>(data), length);
+        std::string value(static_cast<const char*>(data), length);
+        if (std::string* const written = Find(name); written != nullptr) {
+            *written = std::move(value);
+        } else {
+            values_.emplace_back(name, std::move(value));
+        }
         return true;
     }
 
-    const std::map<std::string, std::string>& Values() const { return values_; }
+    // In the order of their first writing.
+    const std::vector<std::pair<std::string, std::string>>& Values() const { return values_; }
 
 private:
+    // Some dozens of names: a list serves faster than a tree here.
+    std::string* Find(std::string_view name) {
+        const auto found = std::find_if(values_.begin(), values_.end(),
+                                        [name](const auto& value) { return value.first == name; });
+        return found == values_.end() ? nullptr : &found->second;
+    }
+
     std::string Invent(std::uint32_t capacity) {
         const int kind = input_.Below(8);
         if (kind == 0) {
@@ -63,7 +78,7 @@ private:
     }
 
     fuzzing::FuzzInput& input_;
-    std::map<std::string, std::string> values_;
+    std::vector<std::pair<std::string, std::string>> values_;
 };
 
 void ReadInterface(HostileStore& store) {

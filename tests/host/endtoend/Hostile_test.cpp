@@ -315,7 +315,9 @@ TEST_F(HostileTest, HugeCentresGiveTheBytesOfTheSecondComputation) {
 
 TEST_F(HostileTest, HugeBlursGiveTheBytesOfTheSecondComputation) {
     Random random(34);
-    const double lengths[] = {1e3, 1e9, 1e18, 1e300, kInfinity};
+    // With the last but one only the first steps have finite lengths; with some coordinates are
+    // no longer exact. Windows that a line's end cuts do not come last then.
+    const double lengths[] = {1e3, 1e9, 1e15, 1e16, 1e17, 1e18, 1e300, 1.7e308, kInfinity};
     const double starts[] = {0.5, -0.5, 0.0, 1e6, -1e6, 1e300, -1e300, kInfinity, -kInfinity};
     for (const double strength : lengths) {
         for (const double start : starts) {

@@ -120,6 +120,14 @@ ObjectCounts ObjectCounts::Now() {
     return counts;
 }
 
+unsigned ObjectCounts::Handles() {
+    return CountHandles();
+}
+
+unsigned ObjectCounts::Threads() {
+    return CountThreads();
+}
+
 void ObjectCounts::Print(const char* when) const {
     std::printf("%s: %u GDI objects, %u windows, %u menus, %u icons, %u handles, %u threads\n",
                 when, gdi, windows, menus, icons, handles, threads);

@@ -1,13 +1,21 @@
-// What the compiler's runtime library needs of threads, in a module that comes and goes: locks,
-// once and values of threads. The library that it would take otherwise keeps an event and a handle
-// for every thread that has called in, and a slot of the thread's storage, and gives none of them
-// back when the module is unloaded. Linked into the module alone, and with MinGW alone; names and
-// types are those that the runtime library was built with.
+// What the compiler's runtime library leaves behind in a process when a module that contains it is
+// unloaded, taken care of. Linked into the module alone, and with MinGW alone.
+// - Locks, once and values of threads, with the names and types that the runtime library was built
+//   with. The library that it would take them from keeps two handles and a slot of the storage for
+//   each thread that has called in, for ever.
+// - The memory that exceptions come from when there is no other.
 #include <windows.h>
 
 #include <pthread.h>
 
 #include <atomic>
+
+namespace __gnu_cxx {
+
+// The runtime library's own, for tools that look for leaks; no header has it.
+void __freeres();
+
+}  // namespace __gnu_cxx
 
 namespace {
 
@@ -57,8 +65,8 @@ bool Take(RuntimeLock& lock) {
     return true;
 }
 
-// The keys that were made, for the end of the module. A key's values go with it, whatever thread
-// they belong to; nothing of the module is called later.
+// The keys that were made. At the end of the module their values go with them, whatever thread they
+// belong to, and so does the memory for exceptions: nothing of the module is called later.
 class Keys {
 public:
     ~Keys() {
@@ -67,6 +75,7 @@ public:
                 FlsFree(made);
             }
         }
+        __gnu_cxx::__freeres();
     }
 
     // False when there are too many.
