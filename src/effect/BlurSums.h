@@ -31,8 +31,13 @@ public:
         for (std::uint32_t side = 0; side < kSideCount; ++side) {
             zones_[side] = SideZone(field, side);
             sectors_[side] = SideSectors(field, side, zones_[side]);
+            isLate_[side] = KeepsTooMuch(field, side);
         }
     }
+
+    // Whether a side would have to keep so many contributions for later, as where the centre lies
+    // in a corner or a picture is narrow, that it had better run after the others, adding at once.
+    bool IsLate(std::uint32_t side) const { return isLate_[side]; }
 
     // The memory for the map of the seams, SeamMap::Bytes(height) of it.
     void UseSeams(void* memory) {
@@ -51,7 +56,8 @@ public:
 
     AccumulatorType accumulator;
 
-    const SideZone& Zone(std::uint32_t side) const { return zones_[side]; }
+    // Where a side adds at once.
+    SideZone Zone(std::uint32_t side) const { return isLate_[side] ? SideZone() : zones_[side]; }
     const SideSectors& Sectors(std::uint32_t side) const { return sectors_[side]; }
 
     // For a fast form that finishes pixels of the picture.
@@ -61,6 +67,7 @@ public:
                 picture.height,
                 kChannels,
                 zones_,
+                isLate_,
                 sectors_,
                 &seams_,
                 reinterpret_cast<float*>(accumulator.data)};
@@ -104,6 +111,18 @@ public:
     }
 
 private:
+    bool KeepsTooMuch(const RayField& field, std::uint32_t side) const {
+        constexpr std::int64_t kMostSteps = 1 << 20;
+        std::int64_t kept = 0;
+        for (int i = 0; i < sectors_[side].count && kept <= kMostSteps; ++i) {
+            const RaySector& sector = sectors_[side].sectors[i];
+            for (std::int32_t k = sector.FirstRay(); k <= sector.LastRay(); ++k) {
+                kept += zones_[side].SafeStep(MakeRay(field, EndPixel(field, side, k)));
+            }
+        }
+        return kept > kMostSteps;
+    }
+
     unsigned char* At(std::uint32_t place) const {
         return accumulator.data +
                static_cast<std::size_t>(place) * static_cast<std::size_t>(AccumulatorPixel::kSize);
@@ -130,6 +149,7 @@ private:
     std::int32_t width_ = 0;
     std::int32_t height_ = 0;
     SideZone zones_[kSideCount];
+    bool isLate_[kSideCount] = {};
     SideSectors sectors_[kSideCount];
     SeamMap seams_;
     bool hasSeams_ = false;

@@ -221,25 +221,27 @@ private:
     std::int32_t RunSides() {
         const MeasuringPoint point(host_->GetActiveMeasurements(), "rays");
         std::fill(sideStatus_, sideStatus_ + kSideCount, host_->StatusOk());
-        std::int32_t status =
-            host_->Iterate(static_cast<std::int32_t>(kSideCount),
-                           [this](unsigned index, unsigned count, unsigned id) {
-                               return static_cast<unsigned>(render_chunk(index, count, id));
-                           });
+        std::int32_t status = host_->Iterate(
+            static_cast<std::int32_t>(kSideCount),
+            [this](unsigned index, unsigned count, unsigned id) {
+                return static_cast<unsigned>(sums_.IsLate(index) ? host_->StatusOk()
+                                                                 : render_chunk(index, count, id));
+            });
         for (std::uint32_t side = 0; side < kSideCount && IsOk(status); ++side) {
             status = sideStatus_[side];
         }
-        for (ContributionList<kChannels>& list : lists_) {
-            if (IsOk(status)) {
-                status = AddAllLater(list);
+        for (std::uint32_t side = 0; side < kSideCount; ++side) {
+            if (IsOk(status) && sums_.IsLate(side)) {
+                status = render_chunk(side, kSideCount, 0);
+            } else if (IsOk(status)) {
+                status = AddAllLater(lists_[side]);
             }
-            list.Clear();
+            lists_[side].Clear();
         }
         return status;
     }
 
-    // With the centre in a corner a list is long: the host hears that the render goes on, though no
-    // step of it is done.
+    // The host hears that the render goes on, though no step of it is done.
     std::int32_t AddAllLater(const ContributionList<kChannels>& list) {
         std::int32_t status = host_->StatusOk();
         list.ForEach([this](const auto& entry) { sums_.Add(entry); },

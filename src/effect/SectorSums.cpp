@@ -92,15 +92,15 @@ void SectorSums::Pass(std::int32_t lane, std::int32_t pixel) {
     }
 }
 
-// What an earlier side reaches takes nothing directly, and what lies in the zone of a later one no
-// ray of this side touches: that side may be at it just now.
+// What an earlier side reaches takes nothing directly unless that side is done, and what lies in
+// the zone of a later one no ray of this side touches: that side may be at it just now.
 bool SectorSums::IsOfSide(std::int32_t x, std::int32_t y) const {
     for (std::uint32_t later = side_ + 1; later < kSideCount; ++later) {
         if (target_.sectors[later].count > 0 && target_.zones[later].Contains(x, y)) {
             return false;
         }
     }
-    return target_.zones[side_].Contains(x, y);
+    return target_.areLate[side_] || target_.zones[side_].Contains(x, y);
 }
 
 // Null for pixels beside the picture, for the sector's own, and for those of other sides.

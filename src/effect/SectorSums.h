@@ -17,6 +17,7 @@ struct BlurTarget {
     std::int32_t height = 0;
     std::int32_t channels = 0;
     const SideZone* zones = nullptr;       // of all sides
+    const bool* areLate = nullptr;         // of all sides: those that run after all earlier ones
     const SideSectors* sectors = nullptr;  // of all sides
     const SeamMap* seams = nullptr;
     float* seamSums = nullptr;  // channels and weight for each number of the map

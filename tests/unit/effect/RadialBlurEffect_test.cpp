@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "effect/kernels/RayKernels.h"
 #include "support/TestRender.h"
 
@@ -66,6 +68,25 @@ TEST_P(EveryInstructionSet, GivesThePlainFormsBytesInAllShapesAndModes) {
                     << shape.colors << " colours, alpha " << shape.alpha << ", depth "
                     << shape.depth << ", origin " << settings.originX << ", mode " << mode;
             }
+        }
+    }
+}
+
+// Rays of two sides run side by side for so long that one side waits for the other.
+TEST_P(EveryInstructionSet, GivesThePlainFormsBytesInANarrowPicture) {
+    const InstructionSet set = GetParam();
+    TestFilter one(1);
+    TestFilter three(3);
+    const TestShape shape = test::AllShapes().front();
+    for (const auto& [width, height] : {std::pair{3, 2600}, {2600, 2}}) {
+        TestPicture picture = test::MakeNoise(shape, width, height, 7, false);
+        for (const int mode : {1, 2}) {
+            const Settings settings = kSettings[1];
+            ForceInstructionSet(InstructionSet::Plain);
+            const auto expected = Render(one, picture, settings, mode);
+            ForceInstructionSet(set);
+            EXPECT_EQ(Render(one, picture, settings, mode), expected) << mode;
+            EXPECT_EQ(Render(three, picture, settings, mode), expected) << mode;
         }
     }
 }
