@@ -48,8 +48,11 @@ protected:
         EXPECT_TRUE(PretendProcessors(GetModuleHandleA("radial_blur.8bf"), processors));
         unsigned threads = 0;
         run->Session().Descriptor().playInfo = hostapi::plugInDialogSilent;
-        run->Session().Hooks().progress = [&](std::int32_t, std::int32_t) {
-            threads = threads == 0 ? ObjectCounts::Threads() : threads;
+        // The pool starts its threads with the first stage that it works on.
+        run->Session().Hooks().progress = [&](std::int32_t done, std::int32_t total) {
+            if (threads == 0 && done > total / 2) {
+                threads = ObjectCounts::Threads();
+            }
         };
         EXPECT_EQ(run->Session().Run().status, 0);
         EXPECT_EQ(run->Session().Counts().buffersLive, 0);
