@@ -1,9 +1,11 @@
 // What a blur adds up, outside of the lanes that rays pass at present.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "effect/ContributionList.h"
+#include "effect/KeptPixels.h"
 #include "effect/RaySector.h"
 #include "effect/SeamMap.h"
 #include "effect/SectorSums.h"
@@ -60,17 +62,12 @@ public:
     SideZone Zone(std::uint32_t side) const { return isLate_[side] ? SideZone() : zones_[side]; }
     const SideSectors& Sectors(std::uint32_t side) const { return sectors_[side]; }
 
-    // For a fast form that finishes pixels of the picture.
-    BlurTarget Target(const Image& picture) const {
-        return {reinterpret_cast<float*>(picture.data),
-                picture.width,
-                picture.height,
-                kChannels,
-                zones_,
-                isLate_,
-                sectors_,
-                &seams_,
-                reinterpret_cast<float*>(accumulator.data)};
+    const SideSectors* AllSectors() const { return sectors_; }
+
+    // For a fast form that finishes pixels by itself.
+    BlurTarget Target() const {
+        return {width_,  height_,  kChannels, zones_,
+                isLate_, sectors_, &seams_,   reinterpret_cast<float*>(accumulator.data)};
     }
 
     // Which of the accumulator's pixels; with seams there is none for a sector's own, which no
@@ -104,13 +101,28 @@ public:
             NormalizePixels(picture.Row(y), picture.width, accumulator.Row(y));
             return;
         }
-        const SeamMap::Run* runs = seams_.RowRuns(y);
-        for (const SeamMap::Run* run = runs; !SeamMap::IsLast(runs, run); ++run) {
-            NormalizePixels(picture.Pixel(run->first, y), run->end - run->first, At(run->slot));
-        }
+        ForEachSeam(y, [&](const SeamMap::Run& run) {
+            NormalizePixels(picture.Pixel(run.first, y), run.end - run.first, At(run.slot));
+        });
+    }
+
+    // The same of seams that are part of what is kept.
+    void NormalizeRow(const KeptPixels& kept, std::int32_t y) const {
+        ForEachSeam(y, [&](const SeamMap::Run& run) {
+            NormalizePixels(reinterpret_cast<unsigned char*>(kept.At(run.first, y)),
+                            run.end - run.first, At(run.slot));
+        });
     }
 
 private:
+    template <class Work>
+    void ForEachSeam(std::int32_t y, Work work) const {
+        const SeamMap::Run* runs = seams_.RowRuns(y);
+        for (const SeamMap::Run* run = runs; !SeamMap::IsLast(runs, run); ++run) {
+            work(*run);
+        }
+    }
+
     bool KeepsTooMuch(const RayField& field, std::uint32_t side) const {
         constexpr std::int64_t kMostSteps = 1 << 20;
         std::int64_t kept = 0;

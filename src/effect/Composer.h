@@ -66,9 +66,10 @@ public:
     }
 
     void ComposeRow(std::int32_t y) const {
-        const RowKernels* kernels = SelectRowKernels();
-        if (kernels != nullptr && columns != nullptr) {
-            ComposeRowFast(*kernels, y);
+        if (HasFastForm()) {
+            ComposeRun(y, 0, imageOut.width, [this](std::int32_t row) {
+                return reinterpret_cast<const float*>(working.Row(row));
+            });
             return;
         }
         for (std::int32_t x = 0; x < imageOut.width; ++x) {
@@ -80,6 +81,19 @@ public:
             ApplyColorStage<HostPixel>(blurred, Stage());
             BlendAndStore(blurred, x, y);
         }
+    }
+
+    bool HasFastForm() const { return SelectRowKernels() != nullptr && columns != nullptr; }
+
+    // The fast form for pixels from to end - 1 of row y; rowAt gives the blurred row y and the one
+    // above or below it.
+    template <class RowAt>
+    void ComposeRun(std::int32_t y, std::int32_t from, std::int32_t end, RowAt rowAt) const {
+        const double py = y + offsetY;
+        const auto iy = static_cast<std::int32_t>(py);
+        const float* upper = rowAt(iy);
+        const float* lower = iy == imageOut.height - 1 ? upper : rowAt(iy + 1);
+        ComposeBetween(upper, lower, py - iy, y, from, end);
     }
 
 private:
@@ -126,25 +140,22 @@ private:
         }
     }
 
-    void ComposeRowFast(const RowKernels& kernels, std::int32_t y) const {
+    void ComposeBetween(const float* upper, const float* lower, double lowerShare, std::int32_t y,
+                        std::int32_t from, std::int32_t runEnd) const {
+        const RowKernels& kernels = *SelectRowKernels();
         constexpr int capacity = kPixelsAtATime * kChannels + 4;
         ChannelArray<double, capacity> colors;
         ChannelArray<std::int32_t, capacity> indices;
-        const double py = y + offsetY;
-        const auto iy = static_cast<std::int32_t>(py);
-        const auto* upper = reinterpret_cast<const float*>(working.Row(iy));
-        const auto* lower =
-            iy == working.height - 1 ? upper : reinterpret_cast<const float*>(working.Row(iy + 1));
-        for (std::int32_t x = 0; x < imageOut.width; x += kPixelsAtATime) {
-            const std::int32_t end = std::min(x + kPixelsAtATime, imageOut.width);
-            kernels.shiftToDouble[kChannels](colors, upper, lower, *columns, py - iy,
+        for (std::int32_t x = from; x < runEnd; x += kPixelsAtATime) {
+            const std::int32_t end = std::min(x + kPixelsAtATime, runEnd);
+            kernels.shiftToDouble[kChannels](colors, upper, lower, *columns, lowerShare,
                                              settings.intensity, x, end);
             if constexpr (kIsInteger) {
                 kernels.toneIndices(indices, colors, (end - x) * kChannels, settings.contrast,
                                     Scale::kWhite, Scale::kGammaIndex);
-                const std::int32_t from = BlendOver(kernels, colors, indices, x, end, y);
-                const std::ptrdiff_t done = std::ptrdiff_t{from - x} * kChannels;
-                FinishToned(colors + done, indices + done, from, end, y);
+                const std::int32_t next = BlendOver(kernels, colors, indices, x, end, y);
+                const std::ptrdiff_t done = std::ptrdiff_t{next - x} * kChannels;
+                FinishToned(colors + done, indices + done, next, end, y);
             } else {
                 for (std::int32_t i = x; i < end; ++i) {
                     double* pixel = colors + (i - x) * kChannels;

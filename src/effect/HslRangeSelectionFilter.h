@@ -35,6 +35,7 @@ public:
     virtual std::int32_t render(std::uint32_t position, std::uint32_t range) {
         position_ = position;
         range_ = range;
+        Prepare();
         return host_->Iterate(destination.height, [this](unsigned row, unsigned rows, unsigned id) {
             return static_cast<unsigned>(render_chunk(row, rows, id));
         });
@@ -42,48 +43,58 @@ public:
 
     virtual std::int32_t render_chunk(std::uint32_t thread_index, std::uint32_t, std::uint32_t) {
         const auto y = static_cast<std::int32_t>(thread_index);
-        RenderRow(y, destination.Row(y));
+        RenderRun(y, 0, destination.width, destination.Row(y));
         return ReportStep(position_, range_, thread_index,
                           static_cast<std::uint32_t>(destination.height));
     }
 
-    // Puts row y, decoded where a decoder is given, to out, which is as long as one of destination.
-    // For callers that have a use for it at once; any thread.
-    void RenderRow(std::int32_t y, unsigned char* out) const {
-        const HslRangeEvaluator evaluator = BuildHslRangeEvaluator<ReferenceChannel>(params);
-        const bool isLightnessOnly = DependsOnLightnessAlone(evaluator);
-        const bool isHard = isLightnessOnly && !(evaluator.lightness.power > 0.0);
-        if (isHard && !params.showSelection && decoder != nullptr && decoder->HasTable()) {
-            LookUpRow(evaluator, y, out);
+    // Once all fields are set, for RenderRun.
+    void Prepare() {
+        evaluator_ = BuildHslRangeEvaluator<ReferenceChannel>(params);
+        isLightnessOnly_ = DependsOnLightnessAlone(evaluator_);
+        const bool isHard = isLightnessOnly_ && !(evaluator_.lightness.power > 0.0);
+        isLookedUp_ = isHard && !params.showSelection && decoder != nullptr && decoder->HasTable();
+    }
+
+    // Puts pixels from to end - 1 of row y, decoded where a decoder is given, to out, packed. For
+    // callers that have a use for them at once; any thread.
+    void RenderRun(std::int32_t y, std::int32_t from, std::int32_t end, unsigned char* out) const {
+        if (isLookedUp_) {
+            LookUpRun(y, {from, end}, out);
             return;
         }
-        for (std::int32_t x = 0; x < destination.width; ++x) {
-            RenderPixel(evaluator, isLightnessOnly, x, y, out + x * destination.Stride());
+        for (std::int32_t x = from; x < end; ++x) {
+            RenderPixel(x, y, out + (x - from) * destination.Stride());
         }
         if (decoder != nullptr) {
-            decoder->DecodeRow(reinterpret_cast<float*>(out), destination.width);
+            decoder->DecodeRow(reinterpret_cast<float*>(out), end - from);
         }
     }
 
 private:
+    struct Columns {
+        std::int32_t from;
+        std::int32_t end;
+    };
+
     // A channel takes few values under a hard selection: a table holds what becomes of each.
-    void LookUpRow(const HslRangeEvaluator& evaluator, std::int32_t y, unsigned char* out) const {
+    void LookUpRun(std::int32_t y, const Columns& columns, unsigned char* out) const {
         if constexpr (!std::is_same_v<Channel, float>) {
-            const bool isAll = evaluator.lightness.low == 0.0 && evaluator.lightness.high > 1.0;
+            const bool isAll = evaluator_.lightness.low == 0.0 && evaluator_.lightness.high > 1.0;
             const bool isMasked = mask.data != nullptr;
             if (isAll && !isMasked && IsTableAlone()) {
-                LookUpAll(y, out);
+                LookUpAll(y, columns, out);
                 return;
             }
             if constexpr (SourcePixel::kHasAlpha) {
                 if (isAll && source.Stride() == SourcePixel::kSize) {
-                    LookUpWeighted(y, out);
+                    LookUpWeighted(y, columns, out);
                     return;
                 }
             }
-            const unsigned char* weights = isMasked ? mask.Row(y) : nullptr;
-            const unsigned char* in = source.Row(y);
-            for (std::int32_t x = 0; x < destination.width; ++x) {
+            const unsigned char* weights = isMasked ? mask.Row(y) + columns.from : nullptr;
+            const unsigned char* in = source.Pixel(columns.from, y);
+            for (std::int32_t x = columns.from; x < columns.end; ++x) {
                 std::uint32_t weight = isMasked ? *weights++ : 0;
                 if constexpr (SourcePixel::kHasAlpha) {
                     weight = LoadChannel<Channel>(in, SourcePixel::kAlphaIndex);
@@ -91,7 +102,7 @@ private:
                     StoreChannel(out, SourcePixel::kAlphaIndex,
                                  static_cast<float>(a * (a * Scale::kInverse)));
                 }
-                const bool isSelected = isAll || Selection(evaluator, true, x, y) != 0.0;
+                const bool isSelected = isAll || Selection(x, y) != 0.0;
                 const float* table = decoder->Table(isSelected ? weight : 0);
                 for (int i = 0; i < kColors; ++i) {
                     const std::size_t value = isSelected ? LoadChannel<Channel>(in, i) : 0;
@@ -104,8 +115,8 @@ private:
                 out += destination.Stride();
             }
         } else {
-            static_cast<void>(evaluator);
             static_cast<void>(y);
+            static_cast<void>(columns);
             static_cast<void>(out);
         }
     }
@@ -116,12 +127,12 @@ private:
                source.Stride() == static_cast<std::ptrdiff_t>(kChannels * sizeof(Channel));
     }
 
-    // Each channel of the row by itself; loads come four at a time before their stores, since the
+    // Each channel of the run by itself; loads come four at a time before their stores, since the
     // compiler cannot know that the images are apart.
-    void LookUpAll(std::int32_t y, unsigned char* out) const {
+    void LookUpAll(std::int32_t y, const Columns& columns, unsigned char* out) const {
         const float* table = decoder->Table(0);
-        const unsigned char* in = source.Row(y);
-        const std::int32_t count = destination.width * kChannels;
+        const unsigned char* in = source.Pixel(columns.from, y);
+        const std::int32_t count = (columns.end - columns.from) * kChannels;
         std::int32_t i = 0;
         for (; i + 4 <= count; i += 4) {
             const float values[] = {
@@ -137,9 +148,9 @@ private:
     }
 
     // Pixels without gaps, each under the weight of its alpha.
-    void LookUpWeighted(std::int32_t y, unsigned char* out) const {
-        const unsigned char* in = source.Row(y);
-        for (std::int32_t x = 0; x < destination.width; ++x) {
+    void LookUpWeighted(std::int32_t y, const Columns& columns, unsigned char* out) const {
+        const unsigned char* in = source.Pixel(columns.from, y);
+        for (std::int32_t x = columns.from; x < columns.end; ++x) {
             const auto alpha = LoadChannel<Channel>(in, SourcePixel::kAlphaIndex);
             const float* table = decoder->Table(alpha);
             ChannelArray<float, kChannels> values;
@@ -156,8 +167,7 @@ private:
         }
     }
 
-    void RenderPixel(const HslRangeEvaluator& evaluator, bool isLightnessOnly, std::int32_t x,
-                     std::int32_t y, unsigned char* out) const {
+    void RenderPixel(std::int32_t x, std::int32_t y, unsigned char* out) const {
         ChannelArray<double, kChannels> pixel = {};
         const bool inside = source.Contains(x, y);
         if (inside) {
@@ -168,7 +178,7 @@ private:
                 channel = inside && params.showSelection ? Scale::kWhite : channel;
             }
         } else {
-            ApplySelection(Selection(evaluator, isLightnessOnly, x, y), pixel);
+            ApplySelection(Selection(x, y), pixel);
         }
         for (int i = 0; i < kChannels; ++i) {
             StoreChannel(out, i, static_cast<float>(pixel[i]));
@@ -188,8 +198,7 @@ private:
         }
     }
 
-    double Selection(const HslRangeEvaluator& evaluator, bool isLightnessOnly, std::int32_t x,
-                     std::int32_t y) const {
+    double Selection(std::int32_t x, std::int32_t y) const {
         const std::int32_t xr = x - reference.origin_x + destination.origin_x;
         const std::int32_t yr = y - reference.origin_y + destination.origin_y;
         if (!reference.Contains(xr, yr)) {
@@ -206,8 +215,8 @@ private:
                                 colors);
             }
         }
-        return isLightnessOnly ? EvaluateLightness<ReferencePixel>(evaluator, colors)
-                               : EvaluateHslRange<ReferencePixel>(evaluator, colors);
+        return isLightnessOnly_ ? EvaluateLightness<ReferencePixel>(evaluator_, colors)
+                                : EvaluateHslRange<ReferencePixel>(evaluator_, colors);
     }
 
     // In single precision, and truncated to the channel type, so that the evaluator sees a
@@ -244,6 +253,9 @@ private:
         }
     }
 
+    HslRangeEvaluator evaluator_{};
+    bool isLightnessOnly_ = false;
+    bool isLookedUp_ = false;
     std::uint32_t position_ = 0;
     std::uint32_t range_ = 1;
 };

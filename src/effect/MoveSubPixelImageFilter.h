@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <functional>
 
+#include "effect/MovedRows.h"
 #include "effect/ShiftColumns.h"
 #include "image/MorvenhaleFilter.h"
 
@@ -18,6 +18,7 @@ namespace mv {
 template <class Image>
 class MoveSubPixelImageFilter : public MorvenhaleFilter {
     static constexpr int kChannels = Image::Pixel_t::kChannels;
+    static constexpr std::uint32_t kRowsOfBand = 3;
 
 public:
     using MorvenhaleFilter::MorvenhaleFilter;
@@ -26,17 +27,14 @@ public:
     Image image;
     double dx = 0.0;
     double dy = 0.0;
-    // Puts a row of the picture as it was to memory of a row's size, from any thread. With it image
-    // is only written, and need not hold the picture; see CanTakeRows.
-    std::function<void(std::int32_t, unsigned char*)> source;
+    // Gives the picture as it was, on any thread. With it image is only written, and need not hold
+    // the picture; see CanTakeRows.
+    MovedRows::Source source;
 
     // Whether render will ask the source, once dx and dy are set; else it needs the picture in
     // image, and no source. Gets the memory for it.
     bool CanTakeRows() {
-        kernels_ = SelectRowKernels();
-        bands_ = host_->GetThreadCount(image.height / 2);
-        return (dx != 0.0 || dy != 0.0) && kernels_ != nullptr && image.height >= 2 * bands_ &&
-               AllocateScratch();
+        return CanMoveInBands() && MovedRows::Serves(Shift()) && AllocateScratch();
     }
 
     virtual std::int32_t render(std::uint32_t position, std::uint32_t range) {
@@ -49,7 +47,7 @@ public:
         if (dx == 0.0 && dy == 0.0) {
             return ReportAllRows();
         }
-        if (scratch_ == nullptr && !CanTakeRows()) {
+        if (scratch_ == nullptr && !(CanMoveInBands() && AllocateScratch())) {
             return RenderPlain();
         }
         const std::int32_t status = RenderBands();
@@ -59,6 +57,14 @@ public:
     }
 
 private:
+    ShiftedPicture Shift() const { return {image.width, image.height, kChannels, dx, dy}; }
+
+    bool CanMoveInBands() {
+        kernels_ = SelectRowKernels();
+        bands_ = host_->GetThreadCount(image.height / 2);
+        return (dx != 0.0 || dy != 0.0) && kernels_ != nullptr && image.height >= 2 * bands_;
+    }
+
     std::int32_t RenderPlain() {
         std::int32_t status = host_->StatusOk();
         for (std::int32_t step = 0; step < image.height && IsOk(status); ++step) {
@@ -112,12 +118,13 @@ private:
         }
     }
 
-    // Two rows for each band, the neighbour's and a copy of the one in hand, or two of the source;
-    // and the columns.
+    // Rows for each band, the neighbour's and a copy of the one in hand, or those of MovedRows; and
+    // the columns.
     bool AllocateScratch() {
         const auto row = static_cast<std::uint64_t>(image.row_bytes);
-        scratch_ = this->template Allocate<unsigned char>(
-            ShiftColumns::Bytes(image.width) + 2 * row * static_cast<std::uint64_t>(bands_));
+        scratch_ = this->template Allocate<unsigned char>(ShiftColumns::Bytes(image.width) +
+                                                          kRowsOfBand * row *
+                                                              static_cast<std::uint64_t>(bands_));
         if (scratch_ == nullptr) {
             return false;
         }
@@ -143,17 +150,20 @@ private:
     std::size_t RowBytes() const { return static_cast<std::size_t>(image.row_bytes); }
 
     unsigned char* Scratch(std::uint32_t band, std::uint32_t which) const {
-        return rows_ + (static_cast<std::size_t>(band) * 2 + which) * RowBytes();
+        return rows_ + (static_cast<std::size_t>(band) * kRowsOfBand + which) * RowBytes();
     }
 
     std::int32_t MoveBand(std::uint32_t index, std::uint32_t bands) {
         std::int32_t status = host_->StatusOk();
         const RowBand band = BandOf(image.height, index, bands);
-        std::int32_t held[2] = {-1, -1};
+        MovedRows rows;
+        if (source) {
+            rows.SetUp(Scratch(index, 0), Shift(), columns_.Get(), *kernels_, source);
+        }
         for (std::int32_t step = 0; step < band.end - band.first && IsOk(status); ++step) {
             const std::int32_t y = dy >= 0.0 ? band.first + step : band.end - 1 - step;
             if (source) {
-                MoveRowOfSource(index, held, y);
+                rows.Fill(y, 0, image.width, reinterpret_cast<float*>(image.Row(y)));
             } else {
                 MoveRowOfImage(index, band, y);
             }
@@ -162,44 +172,20 @@ private:
         return status;
     }
 
-    // held: which rows of the source the band's two rows of scratch hold.
-    void MoveRowOfSource(std::uint32_t index, std::int32_t* held, std::int32_t y) const {
-        const auto fetch = [&](std::int32_t row) {
-            const std::uint32_t which = static_cast<std::uint32_t>(row) & 1;
-            if (held[which] != row) {
-                source(row, Scratch(index, which));
-                held[which] = row;
-            }
-            return Scratch(index, which);
-        };
-        unsigned char* own = fetch(y);
-        MoveRowFrom(own, y, [&](std::int32_t row) -> const unsigned char* {
-            // The first row looks at its neighbour as moved.
-            return dy < 0.0 && row > y ? image.Row(row) : fetch(row);
-        });
-    }
-
     // The row in hand is read from a copy; a neighbour beyond the band from what was set aside.
     void MoveRowOfImage(std::uint32_t index, const RowBand& band, std::int32_t y) const {
         unsigned char* copy = Scratch(index, 1);
         std::memcpy(copy, image.Row(y), RowBytes());
-        MoveRowFrom(copy, y, [&](std::int32_t row) -> const unsigned char* {
-            if (row == y) {
-                return copy;
-            }
+        const auto rowAt = [&](std::int32_t row) {
             const bool isBeside = row < band.first || row >= band.end;
-            return isBeside ? Scratch(index, 0) : image.Row(row);
-        });
-    }
-
-    // own is row y as it was, which is changed; rowAt gives it and its neighbour.
-    template <class RowAt>
-    void MoveRowFrom(unsigned char* own, std::int32_t y, RowAt rowAt) const {
+            return reinterpret_cast<const float*>(row == y   ? copy
+                                                  : isBeside ? Scratch(index, 0)
+                                                             : image.Row(row));
+        };
         const double py = y + dy;
         const auto iy = static_cast<std::int32_t>(py);
-        const std::int32_t below = iy == image.height - 1 ? iy : iy + 1;
-        const auto* upper = reinterpret_cast<const float*>(rowAt(iy));
-        const auto* lower = reinterpret_cast<const float*>(rowAt(below));
+        const float* upper = rowAt(iy);
+        const float* lower = rowAt(iy == image.height - 1 ? iy : iy + 1);
         auto* out = reinterpret_cast<float*>(image.Row(y));
         const bool isExtrapolated = dx < 0.0;
         const auto shift = kernels_->shiftToFloat[kChannels];
@@ -207,7 +193,7 @@ private:
         if (isExtrapolated) {
             // The first column looks at its neighbour as moved.
             if (image.width > 1) {
-                std::memcpy(own + image.Stride(), image.Pixel(1, y),
+                std::memcpy(copy + image.Stride(), image.Pixel(1, y),
                             static_cast<std::size_t>(image.Stride()));
             }
             shift(out, upper, lower, columns_.Get(), py - iy, 0, 1);

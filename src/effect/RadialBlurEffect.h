@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <type_traits>
@@ -14,6 +15,7 @@
 #include "effect/MultImageFilter.h"
 #include "effect/RadialBlurFilter.h"
 #include "effect/RenderSettings.h"
+#include "effect/StreamedPicture.h"
 #include "effect/TransferFunction.h"
 #include "effect/VolumetricAbberationFilter.h"
 #include "image/MorvenhaleFilter.h"
@@ -51,8 +53,6 @@ public:
 
     virtual std::int32_t render() {
         WriteLog(kTrace, "RadialBlurEffect<C_Image, C_ImageMult>::render()");
-        const std::uint64_t pixels = static_cast<std::uint64_t>(imageOut.width) *
-                                     static_cast<std::uint64_t>(imageOut.height);
         working_ = Working(imageIn);
         working_.width = imageOut.width;
         working_.height = imageOut.height;
@@ -60,14 +60,11 @@ public:
         working_.dynamic_pixel_size = Working::Pixel_t::kSize;
         working_.is_connected = true;
         working_.is_premultiplied = true;
-        working_.data =
-            Allocate<unsigned char>(pixels * static_cast<std::uint64_t>(Working::Pixel_t::kSize));
+        working_.data = nullptr;
         gammaTable_ = Allocate<float>(kGammaTableSize * sizeof(float));
         secondTable_ = Allocate<void>(kGammaTableSize * sizeof(float));
         std::int32_t status = host_->StatusOutOfMemory();
-        if (working_.data != nullptr && gammaTable_ != nullptr && secondTable_ != nullptr) {
-            PreferLargePages(working_.data,
-                             pixels * static_cast<std::uint64_t>(Working::Pixel_t::kSize));
+        if (gammaTable_ != nullptr && secondTable_ != nullptr) {
             FillGammaTable(gammaTable_, settings.gammaExponent, settings.gammaOn, Scale::kWhite);
             status = RunStages();
         }
@@ -97,20 +94,52 @@ private:
     std::int32_t RunStages() {
         Selection selection(host_);
         float* table = SetUp(selection);
-        std::int32_t status = RunStages(selection);
+        std::int32_t status = host_->StatusOk();
+        if (settings.mode == kModeNormal) {
+            RadialBlurFilter<Working, AccumulatorPixel, C_ImageMult> blur(host_);
+            status = RunStages(selection, blur);
+        } else {
+            VolumetricAbberationFilter<Working, AccumulatorPixel, C_ImageMult> blur(host_);
+            blur.invert_gradient = settings.invertGradient;
+            status = RunStages(selection, blur);
+        }
         host_->FreeMemory(table);
         return status;
     }
 
-    std::int32_t RunStages(Selection& selection) {
+    template <class Blur>
+    std::int32_t RunStages(Selection& selection, Blur& blur) {
+        SetUp(blur);
+        composer_.offsetX = -Shift().dx;
+        composer_.offsetY = -Shift().dy;
+        const std::int32_t status = CanStream(selection) && blur.CanStream()
+                                        ? StreamStages(selection, blur)
+                                        : RunStagesInTurn(selection, blur);
+        host_->FreeMemory(columnMemory_);
+        columnMemory_ = nullptr;
+        return status;
+    }
+
+    template <class Blur>
+    std::int32_t RunStagesInTurn(Selection& selection, Blur& blur) {
+        if (!AllocateWorking()) {
+            return host_->StatusOutOfMemory();
+        }
+        selection.destination = working_;
+        blur.imageIn = working_;
+        blur.imageOut = working_;
         MoveSubPixelImageFilter<Working> move(host_);
-        SetUp(move);
+        move.image = working_;
+        move.dx = Shift().dx;
+        move.dy = Shift().dy;
         // The move makes the rows of the selection on its way where nothing comes between.
         const bool isOneGo = settings.show == kShowNormal && settings.strength != 0.0 &&
-                             (!IsMasked() || selection.mask.data != nullptr) && move.CanTakeRows();
+                             IsMaskWithin(selection) && move.CanTakeRows();
         if (isOneGo) {
-            move.source = [&selection](std::int32_t y, unsigned char* out) {
-                selection.RenderRow(y, out);
+            selection.Prepare();
+            move.source = [&selection](std::int32_t y, std::int32_t from, std::int32_t end,
+                                       float* out) {
+                selection.RenderRun(y, from, end, reinterpret_cast<unsigned char*>(out));
             };
         }
         std::int32_t status = isOneGo ? ReportPrepared(ReportRows(0)) : PrepareWorking(selection);
@@ -119,28 +148,99 @@ private:
         }
         if (IsOk(status) && settings.strength != 0.0) {
             status = move.render(3, kStages);
-            status = IsOk(status) ? Blur() : status;
+            status = IsOk(status) ? blur.render(4, kStages) : status;
         }
         return IsOk(status) ? Compose() : status;
     }
 
+    bool AllocateWorking() {
+        const std::uint64_t bytes = Pixels() * static_cast<std::uint64_t>(Working::Pixel_t::kSize);
+        working_.data = Allocate<unsigned char>(bytes);
+        if (working_.data == nullptr) {
+            return false;
+        }
+        PreferLargePages(working_.data, bytes);
+        return true;
+    }
+
+    // Whether the mask is no stage of its own.
+    bool IsMaskWithin(const Selection& selection) const {
+        return !IsMasked() || selection.mask.data != nullptr;
+    }
+
+    // Whether all stages may run on pieces of the picture while the rays of the blur pass them.
+    bool CanStream(const Selection& selection) const {
+        return settings.show == kShowNormal && settings.strength != 0.0 &&
+               IsMaskWithin(selection) && SelectRowKernels() != nullptr && NeedsColumns() &&
+               MovedRows::Serves(Shift()) && !AreOverlapping();
+    }
+
+    // A source in the destination's memory must be read before that is written.
+    bool AreOverlapping() const {
+        const auto extent = [](const C_Image& image, const unsigned char*& low,
+                               const unsigned char*& high) {
+            const unsigned char* first = image.Row(0);
+            const unsigned char* last = image.Row(image.height - 1);
+            low = std::min(first, last);
+            high = std::max(first, last) + std::int64_t{image.width} * image.Stride();
+        };
+        const unsigned char* inLow = nullptr;
+        const unsigned char* inHigh = nullptr;
+        const unsigned char* outLow = nullptr;
+        const unsigned char* outHigh = nullptr;
+        extent(imageIn, inLow, inHigh);
+        extent(imageOut, outLow, outHigh);
+        return inLow < outHigh && outLow < inHigh;
+    }
+
+    template <class Blur>
+    std::int32_t StreamStages(Selection& selection, Blur& blur) {
+        selection.destination = working_;
+        selection.Prepare();
+        void* memory = Allocate<void>(StreamedPicture<C_Image, Selection>::Bytes(Shift()));
+        PrepareComposer();
+        std::int32_t status = host_->StatusOutOfMemory();
+        if (memory != nullptr && composer_.HasFastForm()) {
+            StreamedPicture<C_Image, Selection> stream(
+                memory, Shift(), selection, composer_, [this](std::int32_t y) {
+                    return ReportStep(5, kStages, static_cast<std::uint32_t>(y), Rows());
+                });
+            blur.stream = &stream;
+            status = ReportPrepared(ReportRows(0));
+            status = IsOk(status) ? ReportRows(3) : status;
+            status = IsOk(status) ? blur.render(4, kStages) : status;
+        }
+        host_->FreeMemory(memory);
+        return status;
+    }
+
     std::int32_t Compose() {
         const MeasuringPoint point(host_->GetActiveMeasurements(), "composition");
+        PrepareComposer();
+        return host_->Iterate(host_->GetThreadCount(imageOut.height),
+                              [this](unsigned band, unsigned bands, unsigned id) {
+                                  return static_cast<unsigned>(render_chunk(band, bands, id));
+                              });
+    }
+
+    // Samples that are no numbers would reach their neighbours through a share of nothing.
+    bool NeedsColumns() const {
+        return composer_.offsetX != 0.0 || composer_.offsetY != 0.0 ||
+               !std::is_same_v<Channel, float>;
+    }
+
+    void PrepareComposer() {
         composer_.imageIn = imageIn;
         composer_.imageOut = imageOut;
         composer_.working = working_;
         composer_.settings = settings;
         composer_.gammaTable = gammaTable_;
-        // Samples that are no numbers would reach their neighbours through a share of nothing.
-        const bool isShifted = composer_.offsetX != 0.0 || composer_.offsetY != 0.0;
-        ShiftColumns columns;
-        void* columnMemory = nullptr;
-        if (isShifted || !std::is_same_v<Channel, float>) {
-            columnMemory = Allocate<void>(ShiftColumns::Bytes(imageOut.width));
+        if (NeedsColumns()) {
+            columnMemory_ = Allocate<void>(ShiftColumns::Bytes(imageOut.width));
         }
-        if (columnMemory != nullptr) {
-            columns.Fill(columnMemory, imageOut.width, composer_.offsetX);
-            composer_.columns = &columns.Get();
+        if (columnMemory_ != nullptr) {
+            columns_.Fill(columnMemory_, imageOut.width, composer_.offsetX);
+            composer_.columns = &columns_.Get();
         }
         if (composer_.StoresTableAlone()) {
             auto* stored = static_cast<Channel*>(secondTable_);
@@ -149,13 +249,6 @@ private:
             }
             composer_.storedTable = stored;
         }
-        const std::int32_t status =
-            host_->Iterate(host_->GetThreadCount(imageOut.height),
-                           [this](unsigned band, unsigned bands, unsigned id) {
-                               return static_cast<unsigned>(render_chunk(band, bands, id));
-                           });
-        host_->FreeMemory(columnMemory);
-        return status;
     }
 
     std::uint64_t Pixels() const {
@@ -195,7 +288,6 @@ private:
     float* SetUp(Selection& selection) {
         float* table = AllocateDecodeTable();
         selection.source = imageIn;
-        selection.destination = working_;
         selection.reference = imageSelection.is_connected ? imageSelection : imageIn;
         selection.params.showSelection = settings.show == kShowSelectionOnly;
         selection.params.lightLow = settings.selectionLow;
@@ -285,30 +377,15 @@ private:
     // negative centres; it is meant.
     static double MoveOf(double center) { return std::fabs(center - std::floor(center)) - 0.5; }
 
-    void SetUp(MoveSubPixelImageFilter<Working>& move) {
-        if (settings.strength == 0.0) {
-            return;
-        }
-        move.image = working_;
-        move.dx = MoveOf(settings.centerX);
-        move.dy = MoveOf(settings.centerY);
-        composer_.offsetX = -move.dx;
-        composer_.offsetY = -move.dy;
-    }
-
-    std::int32_t Blur() const {
-        if (settings.mode == kModeNormal) {
-            RadialBlurFilter<Working, AccumulatorPixel, C_ImageMult> blur(host_);
-            return Blur(blur);
-        }
-        VolumetricAbberationFilter<Working, AccumulatorPixel, C_ImageMult> blur(host_);
-        blur.invert_gradient = settings.invertGradient;
-        return Blur(blur);
+    ShiftedPicture Shift() const {
+        const bool isMoved = settings.strength != 0.0;
+        return {imageOut.width, imageOut.height, kChannels,
+                isMoved ? MoveOf(settings.centerX) : 0.0, isMoved ? MoveOf(settings.centerY) : 0.0};
     }
 
     // The blur gets no selection image: the mask does not change the length of the blur.
-    template <class Filter>
-    std::int32_t Blur(Filter& blur) const {
+    template <class Blur>
+    void SetUp(Blur& blur) const {
         blur.imageIn = working_;
         blur.imageOut = working_;
         blur.zoomStart = settings.zoomStart;
@@ -316,7 +393,6 @@ private:
         blur.centerX = static_cast<std::int32_t>(settings.centerX);
         blur.centerY = static_cast<std::int32_t>(settings.centerY);
         blur.holdoutRadius = settings.holdoutPixels;
-        return blur.render(4, kStages);
     }
 
     Working working_;
@@ -324,6 +400,8 @@ private:
     // What is stored for each entry of the gamma table.
     void* secondTable_ = nullptr;
     Composer<C_Image> composer_;
+    ShiftColumns columns_;
+    void* columnMemory_ = nullptr;
     RowDecoder decoder_{kChannels, HostPixel::kHasAlpha ? kColors : -1, HostPixel::kWhite,
                         Scale::kInverse};
 };

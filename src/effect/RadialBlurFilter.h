@@ -132,16 +132,16 @@ private:
         // Both in one go where no window waits for samples beyond its step.
         const std::int32_t bothEnd = fast.reachesBackOnly ? std::min(ownFrom, common - 1) : 0;
         const bool goesInOne = walk.tested < bothEnd;
-        SampleLeads(fast, walk);
+        SampleLeads(side, walk);
         SampleTo(fast, walk, goesInOne ? walk.tested + 1 : common);
         if (!goesInOne) {
-            SampleTails(fast, walk);
+            SampleTails(side, walk);
         }
         ScatterTested(side, walk, ownFrom);
         if (goesInOne) {
             BlurTo(fast, walk, bothEnd);
             SampleTo(fast, walk, common);
-            SampleTails(fast, walk);
+            SampleTails(side, walk);
         }
         ScatterTo(fast, walk, ownFrom, true);
         ScatterTo(fast, walk, common, false);
@@ -169,11 +169,12 @@ private:
         return fast.lines - std::ptrdiff_t{plan.lead[g]} * kEntry + RayOffset(kChannels, g);
     }
 
-    void SampleLeads(const FastState& fast, Walk& walk) const {
+    void SampleLeads(const Side& side, Walk& walk) const {
+        const FastState& fast = side.fast;
         for (int g = 0; g < kRaysInGroup; ++g) {
             std::fill_n(LineOf(fast, walk.plan, g) - kEntry, kChannels, 0.0);
             for (std::int32_t i = 0; i < walk.plan.lead[g]; ++i) {
-                SampleStep(fast, walk.plan, g, i, walk.sample.minor[g]);
+                SampleStep(side, walk.plan, g, i, walk.sample.minor[g]);
             }
         }
     }
@@ -203,11 +204,12 @@ private:
     }
 
     // What rays have beyond the common steps, and two entries beyond their ends.
-    void SampleTails(const FastState& fast, Walk& walk) const {
+    void SampleTails(const Side& side, Walk& walk) const {
+        const FastState& fast = side.fast;
         for (int g = 0; g < kRaysInGroup; ++g) {
             const std::int32_t n = walk.plan.rays[g].steps;
             for (std::int32_t i = walk.plan.lead[g] + walk.plan.common; i < n; ++i) {
-                SampleStep(fast, walk.plan, g, i, walk.sample.minor[g]);
+                SampleStep(side, walk.plan, g, i, walk.sample.minor[g]);
             }
             const double* last = fast.last + RayOffset(kChannels, g);
             double* end = LineOf(fast, walk.plan, g) + std::ptrdiff_t{n} * kEntry;
@@ -218,12 +220,13 @@ private:
         }
     }
 
-    void SampleStep(const FastState& fast, const RayGroupPlan& plan, int g, std::int32_t i,
+    void SampleStep(const Side& side, const RayGroupPlan& plan, int g, std::int32_t i,
                     double& minor) const {
+        const FastState& fast = side.fast;
         const Ray& ray = plan.rays[g];
         double* last = fast.last + RayOffset(kChannels, g);
         double* entry = LineOf(fast, plan, g) + std::ptrdiff_t{i} * kEntry;
-        this->SamplePixel(ray, ray.start + ray.sign * i, minor, last);
+        this->SamplePixel(side, ray, ray.start + ray.sign * i, minor, last);
         for (int c = 0; c < kChannels; ++c) {
             entry[c] = entry[c - kEntry] + last[c];
         }

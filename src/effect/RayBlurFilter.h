@@ -15,6 +15,7 @@
 #include "effect/RayGroupPlan.h"
 #include "effect/RaySector.h"
 #include "effect/SectorSums.h"
+#include "effect/SectorWindow.h"
 #include "effect/SideZone.h"
 #include "effect/WindowTable.h"
 #include "image/MorvenhaleFilter.h"
@@ -59,14 +60,22 @@ public:
     std::int32_t centerX = 0;
     std::int32_t centerY = 0;
     double holdoutRadius = 0.0;
+    // Where the picture comes from and goes to, instead of the images' data; see CanStream.
+    PictureStream* stream = nullptr;
+
+    // Whether the picture, of which the images need all but the data, may come as a stream.
+    bool CanStream() {
+        SetField();
+        sums_.Divide(field_);
+        return IsFast() && std::min(field_.width, field_.height) >= SectorWindow::kLeastSize;
+    }
 
     virtual std::int32_t render(std::uint32_t position, std::uint32_t range) {
         WriteLog(kTrace, Blur::kName, "<C_Image, C_ImageSelection>::render()");
         const LogScope scope;
         progressPosition_ = position;
         progressRange_ = range;
-        field_ = {imageIn.width, imageIn.height, centerX - imageIn.origin_x,
-                  centerY - imageIn.origin_y};
+        SetField();
         if (!AllocateSums()) {
             FreeSums();
             return host_->StatusOutOfMemory();
@@ -108,6 +117,9 @@ protected:
         // The fast form's.
         typename Blur::FastState fast;
         SectorSums sums;
+        SectorWindow window;
+        // What the sector's rays read.
+        LanePixels pixels;
         double* fastBuffer = nullptr;
         ChannelArray<double*, Blur::kLineCount> buffers = {};
         ChannelArray<double*, Blur::kLineCount> lines = {};
@@ -131,6 +143,11 @@ protected:
     RayField field_{};
 
 private:
+    void SetField() {
+        field_ = {imageIn.width, imageIn.height, centerX - imageIn.origin_x,
+                  centerY - imageIn.origin_y};
+    }
+
     bool IsFast() const { return static_cast<const Blur*>(this)->FastDoubles() != 0; }
 
     bool AllocateSums() {
@@ -141,6 +158,9 @@ private:
                 return false;
             }
             sums_.UseSeams(seamMemory_);
+        }
+        if (stream != nullptr && !AllocateStream()) {
+            return false;
         }
         auto& accumulator = sums_.accumulator;
         accumulator = Accumulator(imageIn);
@@ -159,44 +179,115 @@ private:
         return true;
     }
 
+    // All of it before the first pixel is written.
+    bool AllocateStream() {
+        keptMap_ = Allocate<void>(KeptPixels::MapBytes(imageIn.height));
+        if (keptMap_ == nullptr) {
+            return false;
+        }
+        kept_.Fill(keptMap_, field_.width, field_.height, sums_.AllSectors());
+        keptData_ = Allocate<float>(std::uint64_t{kept_.Count()} * kChannels * sizeof(float));
+        kept_.SetPixels(keptData_, kChannels);
+        bool isComplete = keptData_ != nullptr;
+        for (std::uint32_t side = 0; side < kSideCount && isComplete; ++side) {
+            const std::uint64_t bytes = SectorWindow::Bytes(field_, sums_.Sectors(side), kChannels);
+            windowMemory_[side] = Allocate<void>(bytes);
+            isComplete = windowMemory_[side] != nullptr;
+        }
+        return isComplete;
+    }
+
     void FreeSums() {
         host_->FreeMemory(sums_.accumulator.data);
         host_->FreeMemory(seamMemory_);
+        host_->FreeMemory(keptMap_);
+        host_->FreeMemory(keptData_);
         sums_.accumulator.data = nullptr;
         seamMemory_ = nullptr;
+        keptMap_ = nullptr;
+        keptData_ = nullptr;
+        for (void*& memory : windowMemory_) {
+            host_->FreeMemory(memory);
+            memory = nullptr;
+        }
     }
 
     std::int32_t BlurSector(Side& side, const RaySector& sector) {
-        std::int32_t status = host_->StatusOk();
-        if (side.fastBuffer != nullptr) {
-            side.sums.Begin(sector);
+        if (stream != nullptr) {
+            return StreamSector(side, sector);
         }
+        side.pixels = PixelsOf(imageIn, sector.IsXMajor());
+        if (side.fastBuffer != nullptr) {
+            side.sums.Begin(sector, PixelsOf(imageOut, sector.IsXMajor()));
+        }
+        const std::int32_t status = BlurRays(side, sector.FirstRay(), sector.LastRay());
+        if (side.fastBuffer != nullptr && IsOk(status)) {
+            side.sums.End();
+            for (std::int32_t lane = 0; lane < side.sums.LaneCount(); ++lane) {
+                side.sums.ClearUnreached(lane, INT32_MIN, INT32_MAX);
+            }
+        }
+        return status;
+    }
+
+    // A window follows the rays.
+    std::int32_t StreamSector(Side& side, const RaySector& sector) {
+        std::int32_t status = host_->StatusOk();
+        side.pixels = side.window.Begin(sector, RayOf(side, sector.FirstRay()));
+        side.sums.Begin(sector, side.pixels);
         for (std::int32_t k = sector.FirstRay(); k <= sector.LastRay() && IsOk(status);) {
-            const std::int32_t done = BlurRays(side, k, sector.LastRay());
+            const std::int32_t last = std::min(k + SectorWindow::kMostRays - 1, sector.LastRay());
+            side.window.ReadTo(RayOf(side, last));
+            status = BlurRays(side, k, last);
+            if (IsOk(status)) {
+                side.window.WriteBehind(side.sums,
+                                        RayOf(side, std::max(last - kRaysInGroup + 1, k)));
+            }
+            k = last + 1;
+        }
+        if (IsOk(status)) {
+            side.sums.End();
+            side.window.End(side.sums);
+        }
+        return status;
+    }
+
+    Ray RayOf(const Side& side, std::int32_t k) const {
+        return MakeRay(field_, EndPixel(field_, side.index, k));
+    }
+
+    std::int32_t BlurRays(Side& side, std::int32_t k, std::int32_t last) {
+        std::int32_t status = host_->StatusOk();
+        while (k <= last && IsOk(status)) {
+            const std::int32_t done = BlurNext(side, k, last);
             k += done;
             for (std::int32_t i = 0; i < done && IsOk(status); ++i) {
                 status = side.isOutOfMemory ? host_->StatusOutOfMemory() : ReportStepDone();
             }
         }
-        if (side.fastBuffer != nullptr && IsOk(status)) {
-            side.sums.End();
-        }
         return status;
     }
 
+    static LanePixels PixelsOf(const Image& image, bool isXMajor) {
+        constexpr std::ptrdiff_t pixel = kChannels;
+        const std::ptrdiff_t row = image.width * pixel;
+        return {reinterpret_cast<float*>(image.data), isXMajor ? pixel : row,
+                isXMajor ? row : pixel, -1};
+    }
+
     // Four rays at a time where they walk alike, one by one elsewhere. Gives how many.
-    std::int32_t BlurRays(Side& side, std::int32_t k, std::int32_t rays) {
+    std::int32_t BlurNext(Side& side, std::int32_t k, std::int32_t rays) {
         auto* blur = static_cast<Blur*>(this);
         if (side.fastBuffer != nullptr && k + kRaysInGroup - 1 <= rays) {
             Ray group[kRaysInGroup];
             for (std::int32_t g = 0; g < kRaysInGroup; ++g) {
-                group[g] = MakeRay(field_, EndPixel(field_, side.index, k + g));
+                group[g] = RayOf(side, k + g);
             }
             if (blur->BlurGroup(side, group)) {
                 return kRaysInGroup;
             }
         }
-        BlurRay(side, MakeRay(field_, EndPixel(field_, side.index, k)));
+        BlurRay(side, RayOf(side, k));
         return 1;
     }
 
@@ -212,6 +303,12 @@ private:
             status = host_->Iterate(static_cast<std::int32_t>(kSideCount),
                                     [this](unsigned index, unsigned count, unsigned) {
                                         return static_cast<unsigned>(Normalize(index, count));
+                                    });
+        }
+        if (IsOk(status) && stream != nullptr) {
+            status = host_->Iterate(static_cast<std::int32_t>(kSideCount),
+                                    [this](unsigned index, unsigned count, unsigned) {
+                                        return static_cast<unsigned>(WriteKept(index, count));
                                     });
         }
         return status;
@@ -275,7 +372,11 @@ private:
             if (complete) {
                 std::memset(side.fastBuffer, 0, fastDoubles * sizeof(double));
                 static_cast<Blur*>(this)->PrepareFast(side);
-                side.sums.SetUp(side.fastBuffer + fastDoubles, sums_.Target(imageOut), side.index);
+                side.sums.SetUp(side.fastBuffer + fastDoubles, sums_.Target(), side.index);
+            }
+            if (stream != nullptr) {
+                side.window.SetUp(windowMemory_[side.index], field_, kChannels, side.index, kept_,
+                                  *stream);
             }
         }
         return complete ? host_->StatusOk() : host_->StatusOutOfMemory();
@@ -285,20 +386,20 @@ private:
         if (ray.steps == 0) {
             return;
         }
-        SampleLine(ray, side.lines[0]);
+        SampleLine(side, ray, side.lines[0]);
         static_cast<Blur*>(this)->BuildTables(side.lines, ray.steps);
         ScatterLine(side, ray);
     }
 
 protected:
     // All channels are sampled in the same way: alpha is one more channel.
-    void SamplePixel(const Ray& ray, std::int32_t major, double minor, double* sample) const {
+    void SamplePixel(const Side& side, const Ray& ray, std::int32_t major, double minor,
+                     double* sample) const {
         const MinorPlace place = PlaceOf(minor, ray.isXMajor ? imageIn.height : imageIn.width);
-        const unsigned char* first = PixelAt(imageIn, ray, major, place.first);
-        const unsigned char* second = PixelAt(imageIn, ray, major, place.second);
+        const float* first = side.pixels.At(major, place.first);
+        const float* second = side.pixels.At(major, place.second);
         for (int c = 0; c < kChannels; ++c) {
-            sample[c] = LoadChannel<float>(first, c) * (1.0 - place.t) +
-                        LoadChannel<float>(second, c) * place.t;
+            sample[c] = first[c] * (1.0 - place.t) + second[c] * place.t;
         }
     }
 
@@ -315,10 +416,10 @@ protected:
         }
     }
 
-    void SampleLine(const Ray& ray, double* line) const {
+    void SampleLine(const Side& side, const Ray& ray, double* line) const {
         double minor = ray.minor;
         for (std::int32_t k = 0; k < ray.steps; ++k, minor += ray.slope) {
-            SamplePixel(ray, ray.start + ray.sign * k, minor, line + k * kChannels);
+            SamplePixel(side, ray, ray.start + ray.sign * k, minor, line + k * kChannels);
         }
         for (int c = 0; c < kChannels; ++c) {
             line[-2 * kChannels + c] = line[c];
@@ -334,16 +435,14 @@ protected:
         return ray.isXMajor ? image.Pixel(major, minor) : image.Pixel(minor, major);
     }
 
-    // The images as the kernels see them, from the plan's first common row or column on.
+    // The picture as the kernels see it, from the plan's first common row or column on.
     RayGroup MakeGroup(const Side& side, const RayGroupPlan& plan) const {
         RayGroup group{};
         const Ray& ray = plan.rays[0];
-        constexpr std::ptrdiff_t pixel = kChannels;
-        const std::ptrdiff_t row = imageIn.width * pixel;
-        group.imageMinor = ray.isXMajor ? row : pixel;
-        group.imageStep = ray.sign * (ray.isXMajor ? pixel : row);
-        group.image = reinterpret_cast<const float*>(imageIn.data) +
-                      plan.firstMajor * (ray.isXMajor ? pixel : row);
+        group.imageMinor = side.pixels.minorStep;
+        group.imageMask = side.pixels.minorMask;
+        group.imageStep = ray.sign * side.pixels.majorStep;
+        group.image = side.pixels.At(plan.firstMajor, 0);
         group.sums = &side.sums.Lanes();
         group.lane = side.sums.LaneOf(plan.firstMajor);
         group.minorSize = ray.isXMajor ? imageIn.height : imageIn.width;
@@ -437,8 +536,22 @@ private:
         std::int32_t status = host_->StatusOk();
         const RowBand band = BandOf(imageOut.height, index, count);
         for (std::int32_t y = band.first; y < band.end && IsOk(status); ++y) {
-            sums_.NormalizeRow(imageOut, y);
+            if (stream != nullptr) {
+                sums_.NormalizeRow(kept_, y);
+            } else {
+                sums_.NormalizeRow(imageOut, y);
+            }
             status = ReportStepDone();
+        }
+        return status;
+    }
+
+    std::int32_t WriteKept(std::uint32_t index, std::uint32_t count) {
+        std::int32_t status = host_->StatusOk();
+        const RowBand band = BandOf(imageOut.height, index, count);
+        for (std::int32_t y = band.first; y < band.end && IsOk(status); ++y) {
+            kept_.WriteRow(*stream, y);
+            status = stream->EndRow(y);
         }
         return status;
     }
@@ -450,6 +563,10 @@ private:
 
     BlurSums<Image, AccumulatorPixel> sums_;
     void* seamMemory_ = nullptr;
+    KeptPixels kept_;
+    void* keptMap_ = nullptr;
+    float* keptData_ = nullptr;
+    void* windowMemory_[kSideCount] = {};
     ContributionList<kChannels> lists_[kSideCount];
     std::int32_t sideStatus_[kSideCount] = {};
     std::uint32_t totalSteps_ = 0;

@@ -41,8 +41,8 @@ struct RayGroupPlan {
     }
 
     // Where the next group will pass, for rays that step from row to row: a few pixels on.
-    std::ptrdiff_t Prefetch() const {
-        constexpr std::ptrdiff_t kPixelsAhead = 6;
+    std::int32_t Prefetch() const {
+        constexpr std::int32_t kPixelsAhead = 6;
         if (rays[0].isXMajor) {
             return 0;
         }

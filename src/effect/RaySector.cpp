@@ -37,13 +37,20 @@ RaySector::RaySector(const RayField& field, std::uint32_t side, std::int32_t fir
     const std::int64_t toX = static_cast<std::int64_t>(to.x) - field.centerX;
     const std::int64_t toY = static_cast<std::int64_t>(to.y) - field.centerY;
     isBare_ = zone.IsEmpty() || (fromX == 0 && fromY == 0) || (toX == 0 && toY == 0);
-    const auto edge = [](std::int64_t nx, std::int64_t ny) {
-        const double length = std::hypot(static_cast<double>(nx), static_cast<double>(ny));
-        return Edge{nx, ny, static_cast<std::int64_t>(std::ceil(kMargin * length))};
-    };
     // Rays follow each other clockwise: right of the first ray and left of the last.
-    edges_[0] = edge(-fromY, fromX);
-    edges_[1] = edge(toY, -toX);
+    edges_[0] = {-fromY, fromX, 0};
+    edges_[1] = {toY, -toX, 0};
+    *this = Narrowed(kMargin);
+}
+
+RaySector RaySector::Narrowed(double margin) const {
+    RaySector narrowed = *this;
+    for (Edge& edge : narrowed.edges_) {
+        const double length =
+            std::hypot(static_cast<double>(edge.nx), static_cast<double>(edge.ny));
+        edge.threshold = static_cast<std::int64_t>(std::ceil(margin * length));
+    }
+    return narrowed;
 }
 
 PixelRange RaySector::Own(std::int32_t lane, bool isRow) const {
@@ -67,6 +74,14 @@ PixelRange RaySector::Own(std::int32_t lane, bool isRow) const {
         }
     }
     return range.IsEmpty() ? PixelRange{0, 0} : range;
+}
+
+SideSectors SideSectors::Narrowed(double margin) const {
+    SideSectors narrowed = *this;
+    for (int i = 0; i < count; ++i) {
+        narrowed.sectors[i] = sectors[i].Narrowed(margin);
+    }
+    return narrowed;
 }
 
 SideSectors::SideSectors(const RayField& field, std::uint32_t side, const SideZone& zone) {

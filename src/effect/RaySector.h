@@ -35,6 +35,9 @@ public:
     // The direction in which the rays of the sector follow each other on a lane, 1 or -1.
     std::int32_t Travel() const { return isXMajor_ ? sign_ : -sign_; }
 
+    // The same rays with a wider margin to both edges, in pixels.
+    RaySector Narrowed(double margin) const;
+
     // The pixels that are the sector's alone, of a row or a column.
     PixelRange OwnOfRow(std::int32_t y) const { return Own(y, true); }
     PixelRange OwnOfColumn(std::int32_t x) const { return Own(x, false); }
@@ -68,6 +71,8 @@ struct SideSectors {
 
     SideSectors() = default;
     SideSectors(const RayField& field, std::uint32_t side, const SideZone& zone);
+
+    SideSectors Narrowed(double margin) const;
 };
 
 }  // namespace mv

@@ -22,17 +22,16 @@ void SectorSums::SetUp(void* memory, const BlurTarget& target, std::uint32_t sid
     };
 }
 
-void SectorSums::Begin(const RaySector& sector) {
+void SectorSums::Begin(const RaySector& sector, const LanePixels& out) {
     sector_ = sector;
     const bool isXMajor = sector.IsXMajor();
     laneCount_ = isXMajor ? target_.width : target_.height;
     laneSize_ = isXMajor ? target_.height : target_.width;
-    const std::ptrdiff_t pixel = target_.channels;
-    const std::ptrdiff_t row = target_.width * pixel;
     lanes_.travel = sector.Travel();
-    lanes_.outMinor = isXMajor ? row : pixel;
-    lanes_.outStep = sector.Sign() * (isXMajor ? pixel : row);
-    lanes_.out = target_.out + MajorOf(0) * (isXMajor ? pixel : row);
+    lanes_.outMinor = out.minorStep;
+    lanes_.outMask = out.minorMask;
+    lanes_.outStep = sector.Sign() * out.majorStep;
+    lanes_.out = out.At(MajorOf(0), 0);
     for (std::int32_t lane = 0; lane < laneCount_; ++lane) {
         const std::int32_t major = MajorOf(lane);
         const PixelRange own = isXMajor ? sector.OwnOfColumn(major) : sector.OwnOfRow(major);
@@ -51,25 +50,35 @@ void SectorSums::End() {
                 Close(lane, lanes_.travel * state.next);
             }
         }
-        ClearUnreached(lane);
     }
 }
 
-void SectorSums::ClearUnreached(std::int32_t lane) {
+void SectorSums::CloseTo(std::int32_t lane, std::int32_t place) {
+    SumLane& state = lanes_.lanes[lane];
+    if (state.next == kUnopened) {
+        return;
+    }
+    for (; state.next < place; ++state.next) {
+        lanes_.exchange(this, lane, lanes_.travel * state.next);
+    }
+}
+
+void SectorSums::ClearUnreached(std::int32_t lane, std::int32_t from, std::int32_t end) {
     const SumLane& state = lanes_.lanes[lane];
-    const std::int32_t ownEnd = state.ownEnd + kOpenPixels;
-    const auto clear = [&](std::int32_t from, std::int32_t end) {
-        for (std::int32_t place = from; place < end; ++place) {
+    from = std::max(from, state.ownFrom);
+    end = std::min(end, state.ownEnd + kOpenPixels);
+    const auto clear = [&](std::int32_t first, std::int32_t behind) {
+        for (std::int32_t place = first; place < behind; ++place) {
             std::fill_n(OutOf(lane, lanes_.travel * place), target_.channels, 0.0f);
         }
     };
     if (state.next == kUnopened) {
-        clear(state.ownFrom, ownEnd);
+        clear(from, end);
         return;
     }
     // Places start to next - 1 were finished.
-    clear(state.ownFrom, std::min(state.start, ownEnd));
-    clear(std::max(state.next, state.ownFrom), ownEnd);
+    clear(from, std::min(state.start, end));
+    clear(std::max(state.next, from), end);
 }
 
 void SectorSums::StartLane(std::int32_t lane, std::int32_t place) {
@@ -82,14 +91,11 @@ void SectorSums::StartLane(std::int32_t lane, std::int32_t place) {
 }
 
 void SectorSums::Pass(std::int32_t lane, std::int32_t pixel) {
-    SumLane& state = lanes_.lanes[lane];
     const std::int32_t place = PlaceOfPixel(pixel);
-    if (state.next == kUnopened) {
+    if (lanes_.lanes[lane].next == kUnopened) {
         StartLane(lane, place);
     }
-    for (; state.next < place - 1; ++state.next) {
-        lanes_.exchange(this, lane, lanes_.travel * state.next);
-    }
+    CloseTo(lane, place - 1);
 }
 
 // What an earlier side reaches takes nothing directly unless that side is done, and what lies in

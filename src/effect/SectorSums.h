@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "effect/LanePixels.h"
 #include "effect/RaySector.h"
 #include "effect/SeamMap.h"
 #include "effect/SideZone.h"
@@ -10,9 +11,8 @@
 
 namespace mv {
 
-// What a blur adds to, and where finished pixels go; the same for all sides of a render.
+// What a blur adds to; the same for all sides of a render.
 struct BlurTarget {
-    float* out = nullptr;  // the picture, packed, channels floats a pixel
     std::int32_t width = 0;
     std::int32_t height = 0;
     std::int32_t channels = 0;
@@ -38,9 +38,19 @@ public:
 
     void SetUp(void* memory, const BlurTarget& target, std::uint32_t side);
 
-    void Begin(const RaySector& sector);
-    // Finishes what is open, and makes 0 of own pixels that no ray reached.
+    // out: where finished pixels go.
+    void Begin(const RaySector& sector, const LanePixels& out);
+    // Finishes what is open.
     void End();
+
+    // In the direction of the rays' steps.
+    std::int32_t LaneCount() const { return laneCount_; }
+
+    // Finishes what lies before a place (see PlaceOfPixel), which no ray from now on touches.
+    void CloseTo(std::int32_t lane, std::int32_t place);
+
+    // Makes 0 of the sector's own pixels from a place to end - 1 that no ray has reached.
+    void ClearUnreached(std::int32_t lane, std::int32_t from, std::int32_t end);
 
     // For the kernels.
     const LaneSums& Lanes() const { return lanes_; }
@@ -53,6 +63,12 @@ public:
     // Gets a lane ready for a ray that touches a pixel and the next one.
     void Pass(std::int32_t lane, std::int32_t pixel);
 
+    // Places count pixels of a lane in the direction in which the sector's rays follow each other.
+    // That of a ray which touches a pixel and the next one is that of the one behind.
+    std::int32_t PlaceOfPixel(std::int32_t pixel) const {
+        return lanes_.travel > 0 ? pixel : -(pixel + 1);
+    }
+
     // An open pixel's channels and weight.
     float* Sums(std::int32_t lane, std::int32_t pixel) const {
         return LaneStart(lane) + (pixel & (kOpenPixels - 1)) * Floats();
@@ -64,11 +80,8 @@ private:
         return lanes_.sums + static_cast<std::ptrdiff_t>(lane) * kOpenPixels * Floats();
     }
     std::int32_t MajorOf(std::int32_t lane) const { return LaneOf(lane); }
-    std::int32_t PlaceOfPixel(std::int32_t pixel) const {
-        return lanes_.travel > 0 ? pixel : -(pixel + 1);
-    }
     float* OutOf(std::int32_t lane, std::int32_t pixel) const {
-        return lanes_.out + lane * lanes_.outStep + pixel * lanes_.outMinor;
+        return lanes_.out + lane * lanes_.outStep + (pixel & lanes_.outMask) * lanes_.outMinor;
     }
 
     bool IsOfSide(std::int32_t x, std::int32_t y) const;
@@ -76,7 +89,6 @@ private:
     void Open(std::int32_t lane, std::int32_t pixel);
     void Close(std::int32_t lane, std::int32_t pixel);
     void Finish(std::int32_t lane, std::int32_t pixel);
-    void ClearUnreached(std::int32_t lane);
     void StartLane(std::int32_t lane, std::int32_t place);
 
     BlurTarget target_;

@@ -127,7 +127,7 @@ private:
             double minor = group.minor[g];
             for (std::int32_t i = plan.common; i < ray.steps; ++i, minor += ray.slope) {
                 ChannelArray<double, kChannels> sample;
-                this->SamplePixel(ray, ray.start + ray.sign * i, minor, sample);
+                this->SamplePixel(side, ray, ray.start + ray.sign * i, minor, sample);
                 for (int c = 0; c < kChannels; ++c) {
                     Entry(lines.samples, i, g)[c * kRaysInGroup] = sample[c];
                 }

@@ -31,6 +31,7 @@ struct LaneSums {
     float* out;      // pixel 0 of lane 0
     std::ptrdiff_t outStep;   // floats to the next lane
     std::ptrdiff_t outMinor;  // floats to the next pixel of a lane
+    std::int32_t outMask;     // which bits of a pixel's number count; -1 for all
     std::int32_t travel;      // 1 or -1
     // Opens the lane for a ray that touches the pixel and the next one.
     void (*open)(void* owner, std::int32_t lane, std::int32_t pixel);

@@ -10,7 +10,7 @@ inline Vector4 SamplePixel(const float* first, const float* second, double keep,
 
 // One channel: a ray to a lane.
 inline Vector4 SampleFour(const float* row, const Places& places, const RayGroup& group) {
-    const auto at = [&](std::int32_t pixel) { return row[pixel * group.imageMinor]; };
+    const auto at = [&](std::int32_t pixel) { return row[PixelOffset(group, pixel)]; };
     const std::int32_t size = group.minorSize;
     const std::int32_t* first = places.first;
     const __m128 here = _mm_setr_ps(at(first[0]), at(first[1]), at(first[2]), at(first[3]));
@@ -27,9 +27,9 @@ inline void SampleStep(Vector4* samples, const float* row, const Places& places,
         samples[0] = SampleFour(row, places, group);
     } else {
         for (int g = 0; g < kRaysInGroup; ++g) {
-            const float* first = row + places.first[g] * group.imageMinor;
+            const float* first = row + PixelOffset(group, places.first[g]);
             const float* second =
-                places.first[g] == group.minorSize - 1 ? first : first + group.imageMinor;
+                row + PixelOffset(group, SecondOf(places.first[g], group.minorSize));
             samples[g] = SamplePixel<channels>(first, second, places.keep[g], places.share[g]);
         }
     }
@@ -37,8 +37,8 @@ inline void SampleStep(Vector4* samples, const float* row, const Places& places,
 
 inline void Prefetch(const float* row, const Places& places, const RayGroup& group) {
     if (group.prefetch != 0) {
-        const std::ptrdiff_t pixel = places.first[kRaysInGroup - 1] + group.prefetch;
-        _mm_prefetch(reinterpret_cast<const char*>(row + pixel * group.imageMinor), _MM_HINT_T0);
+        const std::int32_t pixel = places.first[kRaysInGroup - 1] + group.prefetch;
+        _mm_prefetch(reinterpret_cast<const char*>(row + PixelOffset(group, pixel)), _MM_HINT_T0);
     }
 }
 

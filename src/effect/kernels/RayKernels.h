@@ -18,11 +18,12 @@ struct RayGroup {
     const float* image;         // first channel of minor coordinate 0 in the first row or column
     std::ptrdiff_t imageStep;   // floats to the next row or column, in the rays' direction
     std::ptrdiff_t imageMinor;  // floats to the next pixel on the minor axis
+    std::int32_t imageMask;     // which bits of a minor coordinate count; -1 for all
     const LaneSums* sums;       // where scatter adds to
     std::int32_t lane;          // the first step's
     std::int32_t minorSize;
     std::int32_t steps;
-    std::ptrdiff_t prefetch;  // pixels on the minor axis toward the next group; 0 for none
+    std::int32_t prefetch;  // pixels on the minor axis toward the next group; 0 for none
     double minor[kRaysInGroup];
     double slope[kRaysInGroup];
     double* lines;                     // running sums of the four lines, from the first step on

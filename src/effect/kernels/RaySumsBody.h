@@ -44,6 +44,11 @@ inline bool FindPlaces(Places& places, Vector4 minor, std::int32_t size) {
     return false;
 }
 
+// Floats from a lane's first pixel to another.
+inline std::ptrdiff_t PixelOffset(const RayGroup& group, std::int32_t pixel) {
+    return (pixel & group.imageMask) * group.imageMinor;
+}
+
 // Finishes the pixels of a lane from its first open place to the wanted one, which no ray from now
 // on touches.
 template <int channels>
@@ -59,7 +64,7 @@ inline void CloseTo(const LaneSums& target, std::int32_t index, std::int32_t wan
             continue;
         }
         float* slot = sums + (closed & (kOpenPixels - 1)) * floats;
-        NormalizePixel<channels>(out + closed * target.outMinor, slot);
+        NormalizePixel<channels>(out + (closed & target.outMask) * target.outMinor, slot);
         StoreFloats<(channels < 4 ? channels + 1 : 4)>(slot, _mm_setzero_ps());
         if constexpr (channels == 4) {
             slot[4] = 0.0f;

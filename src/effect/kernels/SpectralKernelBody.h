@@ -224,9 +224,9 @@ void SpectralSample(RayGroup& group, double* samples) {
         FindPlaces(places, minor, group.minorSize);
         Vector4 rays[kRaysInGroup];
         for (int g = 0; g < kRaysInGroup; ++g) {
-            const float* first = row + places.first[g] * group.imageMinor;
+            const float* first = row + PixelOffset(group, places.first[g]);
             const float* second =
-                places.first[g] == group.minorSize - 1 ? first : first + group.imageMinor;
+                row + PixelOffset(group, SecondOf(places.first[g], group.minorSize));
             rays[g] = SamplePixel<channels>(first, second, places.keep[g], places.share[g]);
         }
         Transpose(rays);
