@@ -33,13 +33,19 @@ public:
         for (std::uint32_t side = 0; side < kSideCount; ++side) {
             zones_[side] = SideZone(field, side);
             sectors_[side] = SideSectors(field, side, zones_[side]);
-            isLate_[side] = KeepsTooMuch(field, side);
+            keptSteps_[side] = KeptSteps(field, side);
+            isLate_[side] = keptSteps_[side] > kMostKeptSteps;
         }
     }
 
     // Whether a side would have to keep so many contributions for later, as where the centre lies
     // in a corner or a picture is narrow, that it had better run after the others, adding at once.
     bool IsLate(std::uint32_t side) const { return isLate_[side]; }
+
+    // How many contributions a side may have to keep: two from each step.
+    std::uint32_t MostKept(std::uint32_t side) const {
+        return isLate_[side] ? 0 : static_cast<std::uint32_t>(2 * keptSteps_[side]);
+    }
 
     // The memory for the map of the seams, SeamMap::Bytes(height) of it.
     void UseSeams(void* memory) {
@@ -123,16 +129,18 @@ private:
         }
     }
 
-    bool KeepsTooMuch(const RayField& field, std::uint32_t side) const {
-        constexpr std::int64_t kMostSteps = 1 << 20;
+    static constexpr std::int64_t kMostKeptSteps = 1 << 20;
+
+    // Steps that may have contributions to keep, counted until they are too many.
+    std::int64_t KeptSteps(const RayField& field, std::uint32_t side) const {
         std::int64_t kept = 0;
-        for (int i = 0; i < sectors_[side].count && kept <= kMostSteps; ++i) {
+        for (int i = 0; i < sectors_[side].count && kept <= kMostKeptSteps; ++i) {
             const RaySector& sector = sectors_[side].sectors[i];
             for (std::int32_t k = sector.FirstRay(); k <= sector.LastRay(); ++k) {
                 kept += zones_[side].SafeStep(MakeRay(field, EndPixel(field, side, k)));
             }
         }
-        return kept > kMostSteps;
+        return kept;
     }
 
     unsigned char* At(std::uint32_t place) const {
@@ -161,6 +169,7 @@ private:
     std::int32_t width_ = 0;
     std::int32_t height_ = 0;
     SideZone zones_[kSideCount];
+    std::int64_t keptSteps_[kSideCount] = {};
     bool isLate_[kSideCount] = {};
     SideSectors sectors_[kSideCount];
     SeamMap seams_;

@@ -26,26 +26,33 @@ public:
 
     void SetContext(MorvenhaleRenderContext* context) { context_ = context; }
 
+    // Gets the memory for so many entries at once. False when there is none.
+    bool Reserve(std::uint32_t entries) { return entries == 0 || Grow(entries); }
+
     // Null when there is no memory.
     Entry* Append() {
         if (last_ == nullptr || last_->used == last_->capacity) {
-            if (!Grow()) {
+            if (!Grow(last_ == nullptr ? kFirstCapacity
+                                       : std::min(last_->capacity * 2, kLargestCapacity))) {
                 return nullptr;
             }
         }
         return Entries(last_) + last_->used++;
     }
 
-    // Calls goOn behind each block, some ten thousand entries; ends when that says no.
+    // Calls goOn after some ten thousand entries each; ends when that says no.
     template <class Visitor, class Watcher>
     void ForEach(Visitor visit, Watcher goOn) const {
         for (const Block* block = first_; block != nullptr; block = block->next) {
             const Entry* entries = Entries(block);
-            for (std::uint32_t i = 0; i < block->used; ++i) {
-                visit(entries[i]);
-            }
-            if (!goOn()) {
-                return;
+            for (std::uint32_t i = 0; i < block->used;) {
+                const std::uint32_t end = std::min(block->used, i + kLargestCapacity);
+                for (; i < end; ++i) {
+                    visit(entries[i]);
+                }
+                if (!goOn()) {
+                    return;
+                }
             }
         }
     }
@@ -74,12 +81,13 @@ private:
         return reinterpret_cast<const Entry*>(block + 1);
     }
 
-    bool Grow() {
+    bool Grow(std::uint32_t capacity) {
         static_assert(sizeof(Block) % alignof(Entry) == 0);
-        const std::uint32_t capacity =
-            last_ == nullptr ? kFirstCapacity : std::min(last_->capacity * 2, kLargestCapacity);
-        const auto bytes = static_cast<std::uint32_t>(sizeof(Block) + capacity * sizeof(Entry));
-        auto* block = static_cast<Block*>(context_->AllocateMemory(bytes));
+        const std::uint64_t bytes = sizeof(Block) + std::uint64_t{capacity} * sizeof(Entry);
+        auto* block =
+            bytes > UINT32_MAX
+                ? nullptr
+                : static_cast<Block*>(context_->AllocateMemory(static_cast<std::uint32_t>(bytes)));
         if (block == nullptr) {
             return false;
         }

@@ -76,7 +76,12 @@ public:
         progressPosition_ = position;
         progressRange_ = range;
         SetField();
-        if (!AllocateSums()) {
+        Side sides[kSideCount];
+        sides_ = sides;
+        for (auto& list : lists_) {
+            list.SetContext(host_);
+        }
+        if (!AllocateSums() || !AllocateSides()) {
             FreeSums();
             return host_->StatusOutOfMemory();
         }
@@ -93,19 +98,12 @@ public:
         WriteLog(kTrace, Blur::kName, "<C_Image, C_ImageSelection>::render_chunk(thread_index(",
                  thread_index, "), thread_iterations(", thread_iterations, "), threadID(", threadID,
                  "))");
-        Side side;
-        side.index = thread_index;
-        side.zone = sums_.Zone(thread_index);
-        lists_[thread_index].SetContext(host_);
-        std::int32_t status = AllocateLines(side);
+        Side& side = sides_[thread_index];
+        std::int32_t status = host_->StatusOk();
         const SideSectors& sectors = sums_.Sectors(thread_index);
         for (int i = 0; i < sectors.count && IsOk(status); ++i) {
             status = BlurSector(side, sectors.sectors[i]);
         }
-        for (double* buffer : side.buffers) {
-            host_->FreeMemory(buffer);
-        }
-        host_->FreeMemory(side.fastBuffer);
         sideStatus_[thread_index] = status;
         return status;
     }
@@ -192,7 +190,8 @@ private:
         for (std::uint32_t side = 0; side < kSideCount && isComplete; ++side) {
             const std::uint64_t bytes = SectorWindow::Bytes(field_, sums_.Sectors(side), kChannels);
             windowMemory_[side] = Allocate<void>(bytes);
-            isComplete = windowMemory_[side] != nullptr;
+            isComplete =
+                windowMemory_[side] != nullptr && lists_[side].Reserve(sums_.MostKept(side));
         }
         return isComplete;
     }
@@ -206,9 +205,16 @@ private:
         seamMemory_ = nullptr;
         keptMap_ = nullptr;
         keptData_ = nullptr;
-        for (void*& memory : windowMemory_) {
-            host_->FreeMemory(memory);
-            memory = nullptr;
+        for (std::uint32_t side = 0; side < kSideCount; ++side) {
+            host_->FreeMemory(windowMemory_[side]);
+            windowMemory_[side] = nullptr;
+            lists_[side].Clear();
+            for (double*& buffer : sides_[side].buffers) {
+                host_->FreeMemory(buffer);
+                buffer = nullptr;
+            }
+            host_->FreeMemory(sides_[side].fastBuffer);
+            sides_[side].fastBuffer = nullptr;
         }
     }
 
@@ -350,36 +356,46 @@ private:
         return status;
     }
 
-    std::int32_t AllocateLines(Side& side) {
+    // All before the first ray runs, so that what fails later is not for want of memory.
+    bool AllocateSides() {
+        bool isComplete = true;
+        for (std::uint32_t side = 0; side < kSideCount && isComplete; ++side) {
+            sides_[side] = {};
+            sides_[side].index = side;
+            sides_[side].zone = sums_.Zone(side);
+            isComplete = AllocateLines(sides_[side]);
+        }
+        return isComplete;
+    }
+
+    bool AllocateLines(Side& side) {
         const auto entries =
             static_cast<std::uint64_t>(std::max(imageIn.width, imageIn.height) + kLineSlack);
         const std::uint64_t bytes = entries * kChannels * sizeof(double);
-        bool complete = true;
         for (int i = 0; i < Blur::kLineCount; ++i) {
             side.buffers[i] = Allocate<double>(bytes);
             if (side.buffers[i] == nullptr) {
-                complete = false;
-                continue;
+                return false;
             }
             std::memset(side.buffers[i], 0, bytes);
             side.lines[i] = side.buffers[i] + kLineLead * kChannels;
         }
         const std::uint64_t fastDoubles = static_cast<const Blur*>(this)->FastDoubles();
-        if (complete && fastDoubles != 0) {
+        if (fastDoubles != 0) {
             side.fastBuffer = Allocate<double>(fastDoubles * sizeof(double) +
                                                SectorSums::Bytes(LongestLine(), kChannels));
-            complete = side.fastBuffer != nullptr;
-            if (complete) {
-                std::memset(side.fastBuffer, 0, fastDoubles * sizeof(double));
-                static_cast<Blur*>(this)->PrepareFast(side);
-                side.sums.SetUp(side.fastBuffer + fastDoubles, sums_.Target(), side.index);
+            if (side.fastBuffer == nullptr) {
+                return false;
             }
-            if (stream != nullptr) {
-                side.window.SetUp(windowMemory_[side.index], field_, kChannels, side.index, kept_,
-                                  *stream);
-            }
+            std::memset(side.fastBuffer, 0, fastDoubles * sizeof(double));
+            static_cast<Blur*>(this)->PrepareFast(side);
+            side.sums.SetUp(side.fastBuffer + fastDoubles, sums_.Target(), side.index);
         }
-        return complete ? host_->StatusOk() : host_->StatusOutOfMemory();
+        if (stream != nullptr) {
+            side.window.SetUp(windowMemory_[side.index], field_, kChannels, side.index, kept_,
+                              *stream);
+        }
+        return true;
     }
 
     void BlurRay(Side& side, const Ray& ray) {
@@ -567,6 +583,8 @@ private:
     void* keptMap_ = nullptr;
     float* keptData_ = nullptr;
     void* windowMemory_[kSideCount] = {};
+    // Of the render that runs, on its stack.
+    Side* sides_ = nullptr;
     ContributionList<kChannels> lists_[kSideCount];
     std::int32_t sideStatus_[kSideCount] = {};
     std::uint32_t totalSteps_ = 0;

@@ -365,7 +365,9 @@ void CheckStart(std::int16_t result) {
     Require(result == 0 || result == hostapi::memFullErr || result == hostapi::userCanceledErr ||
                 result == 1 || (host->advanceError != 0 && result == host->advanceError),
             "the status is one of those that a start gives");
-    Require(result != hostapi::userCanceledErr || host->abortAt != 0, "nobody cancelled");
+    Require(result != hostapi::userCanceledErr || host->abortAt != 0 ||
+                host->advanceError == hostapi::userCanceledErr,
+            "nobody cancelled");
     if (!host->sourceIsDestination) {
         Require(std::memcmp(host->source.first, sourceBefore.data(), host->source.size) == 0,
                 "the source is only read");
