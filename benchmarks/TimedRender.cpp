@@ -120,7 +120,9 @@ host::HostDocument MakePicture(const RenderCase& wanted) {
 RenderTimes Render(hostapi::EntryPoint entryPoint, const RenderCase& wanted,
                    host::HostDocument& document, host::HostImage* result) {
     host::HostSession session(entryPoint, std::move(document),
-                              {.freshBytes = host::FreshBytes::Unset, .sparesCopies = true});
+                              {.freshBytes = host::FreshBytes::Unset,
+                               .sparesCopies = true,
+                               .outputContents = host::OutputContents::Unset});
     session.Play({{FourCharacterCode("STRE"), wanted.strength},
                   {FourCharacterCode("MODE"), std::int32_t{wanted.mode}},
                   {FourCharacterCode("ORIX"), wanted.originX},

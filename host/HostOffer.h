@@ -11,7 +11,7 @@
 namespace mv::host {
 
 // What stands in outData when it is delivered.
-enum class OutputContents { CopyOfImage, Zero };
+enum class OutputContents { CopyOfImage, Zero, Unset };
 
 // How the descriptor handle with the values to play is made.
 enum class DescriptorHandle {

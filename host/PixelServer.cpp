@@ -66,7 +66,8 @@ hostapi::OSErr PixelServer::DeliverInput(hostapi::FilterRecord& record) {
     const Request request{record.inRect,       record.inLoPlane,
                           record.inHiPlane,    WholeRate(record.inputRate),
                           record.inputPadding, offer_.inRowPadding};
-    const hostapi::OSErr error = Deliver(in_, request, document_.image, false);
+    const hostapi::OSErr error =
+        Deliver(in_, request, document_.image, OutputContents::CopyOfImage);
     record.inData = in_.Data();
     record.inRowBytes = static_cast<std::int32_t>(in_.rowBytes);
     record.inPlaneBytes = static_cast<std::int32_t>(document_.image.SampleBytes());
@@ -78,8 +79,7 @@ hostapi::OSErr PixelServer::DeliverInput(hostapi::FilterRecord& record) {
 hostapi::OSErr PixelServer::DeliverOutput(hostapi::FilterRecord& record) {
     const Request request{record.outRect,       record.outLoPlane,   record.outHiPlane, 1,
                           record.outputPadding, offer_.outRowPadding};
-    const hostapi::OSErr error =
-        Deliver(out_, request, Destination(), offer_.outputContents == OutputContents::Zero);
+    const hostapi::OSErr error = Deliver(out_, request, Destination(), offer_.outputContents);
     record.outData = out_.Data();
     record.outRowBytes = static_cast<std::int32_t>(out_.rowBytes);
     record.outPlaneBytes = static_cast<std::int32_t>(document_.image.SampleBytes());
@@ -93,14 +93,14 @@ hostapi::OSErr PixelServer::DeliverMask(hostapi::FilterRecord& record) {
         request = {record.maskRect,      0, 0, WholeRate(record.maskRate), record.maskPadding,
                    offer_.maskRowPadding};
     }
-    const hostapi::OSErr error = Deliver(selection_, request, mask_, false);
+    const hostapi::OSErr error = Deliver(selection_, request, mask_, OutputContents::CopyOfImage);
     record.maskData = selection_.Data();
     record.maskRowBytes = static_cast<std::int32_t>(selection_.rowBytes);
     return error;
 }
 
 hostapi::OSErr PixelServer::Deliver(Delivered& area, const Request& request, const HostImage& from,
-                                    bool blank) {
+                                    OutputContents contents) {
     if (IsEmpty(request.rect)) {
         area = {};
         return hostapi::noErr;
@@ -142,9 +142,9 @@ hostapi::OSErr PixelServer::Deliver(Delivered& area, const Request& request, con
     }
     for (int y = 0; y < rows; ++y) {
         std::uint8_t* const row = area.block.Data() + static_cast<std::size_t>(y) * area.rowBytes;
-        if (blank) {
+        if (contents == OutputContents::Zero) {
             std::fill_n(row, area.usedRowBytes, std::uint8_t{0});
-        } else {
+        } else if (contents == OutputContents::CopyOfImage) {
             FillRow(area, from, request.rect.top + y, row);
         }
         std::fill(row + area.usedRowBytes, row + area.rowBytes, kRowPaddingByte);

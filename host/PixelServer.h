@@ -62,7 +62,7 @@ private:
     hostapi::OSErr DeliverMask(hostapi::FilterRecord& record);
     // On success area.Data() is where the pixels are, or null when the rectangle is empty.
     hostapi::OSErr Deliver(Delivered& area, const Request& request, const HostImage& from,
-                           bool blank);
+                           OutputContents contents);
     static bool IsWhole(const Request& request, const HostImage& image);
     void MakeDestination();
     void FillRow(Delivered& area, const HostImage& from, int y, std::uint8_t* row) const;

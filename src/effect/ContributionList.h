@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "frame/MorvenhaleRenderContext.h"
+#include "image/PixelRGB.h"
 
 namespace mv {
 

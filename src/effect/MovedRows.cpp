@@ -46,12 +46,12 @@ void MovedRows::Fill(std::int32_t y, std::int32_t from, std::int32_t end, float*
         return;
     }
     // The first column looks at its neighbour as moved.
-    float moved[kMostChannels];
+    float pair[2 * kMostChannels];
     float kept[kMostChannels];
-    shift(moved - channels, upper, lower, columns_, share, 1, 2);
+    shift(pair, upper, lower, columns_, share, 1, 2);
     shift(base, upper, lower, columns_, share, 1, end);
     std::copy_n(own + channels, channels, kept);
-    std::copy_n(moved, channels, own + channels);
+    std::copy_n(pair + channels, channels, own + channels);
     shift(base, upper, lower, columns_, share, 0, 1);
     std::copy_n(kept, channels, own + channels);
 }

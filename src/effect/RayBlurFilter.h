@@ -192,6 +192,9 @@ private:
             windowMemory_[side] = Allocate<void>(bytes);
             isComplete =
                 windowMemory_[side] != nullptr && lists_[side].Reserve(sums_.MostKept(side));
+            if (isComplete) {
+                PreferLargePages(windowMemory_[side], bytes);
+            }
         }
         return isComplete;
     }

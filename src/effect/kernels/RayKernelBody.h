@@ -2,35 +2,68 @@
 // unnamed namespace behind RaySumsBody.h, so that no function here is shared between instruction
 // sets.
 
-template <int channels>
+// Floats from a lane's first pixel to another.
+inline std::ptrdiff_t PixelOffset(const RayGroup& group, std::int32_t pixel) {
+    return (pixel & group.imageMask) * group.imageMinor;
+}
+
+// Those of four pixels. A ring, whose numbers have a mask, is small; a whole picture may be large.
+template <bool isRing>
+struct PixelOffsets {
+    std::ptrdiff_t floats[kRaysInGroup];
+
+    PixelOffsets(const RayGroup& group, const std::int32_t* pixels) {
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            floats[g] = PixelOffset(group, pixels[g]);
+        }
+    }
+};
+
+template <>
+struct PixelOffsets<true> {
+    std::int32_t floats[kRaysInGroup];
+
+    PixelOffsets(const RayGroup& group, const std::int32_t* pixels) {
+        StoreIntegers(floats, (LoadIntegers(pixels) & SetIntegers(group.imageMask)) *
+                                  SetIntegers(static_cast<std::int32_t>(group.imageMinor)));
+    }
+};
+
+// The floats of a pixel, and behind them whatever there is: a ring has room for it.
+template <int channels, bool isRing>
+inline __m128 LoadPixel(const float* pixel) {
+    return LoadFloats < isRing && channels == 3 ? 4 : channels > (pixel);
+}
+
+template <int channels, bool isRing>
 inline Vector4 SamplePixel(const float* first, const float* second, double keep, double share) {
-    return Widen(LoadFloats<channels>(first)) * Set(keep) +
-           Widen(LoadFloats<channels>(second)) * Set(share);
+    return Widen(LoadPixel<channels, isRing>(first)) * Set(keep) +
+           Widen(LoadPixel<channels, isRing>(second)) * Set(share);
 }
 
 // One channel: a ray to a lane.
-inline Vector4 SampleFour(const float* row, const Places& places, const RayGroup& group) {
-    const auto at = [&](std::int32_t pixel) { return row[PixelOffset(group, pixel)]; };
-    const std::int32_t size = group.minorSize;
-    const std::int32_t* first = places.first;
-    const __m128 here = _mm_setr_ps(at(first[0]), at(first[1]), at(first[2]), at(first[3]));
-    const __m128 next = _mm_setr_ps(at(SecondOf(first[0], size)), at(SecondOf(first[1], size)),
-                                    at(SecondOf(first[2], size)), at(SecondOf(first[3], size)));
-    return Widen(here) * Load(places.keep) + Widen(next) * Load(places.share);
+template <bool isRing>
+inline Vector4 SampleFour(const float* row, const Places& places, const PixelOffsets<isRing>& first,
+                          const PixelOffsets<isRing>& second) {
+    const auto at = [row](const PixelOffsets<isRing>& pixels) {
+        return Widen(_mm_setr_ps(row[pixels.floats[0]], row[pixels.floats[1]],
+                                 row[pixels.floats[2]], row[pixels.floats[3]]));
+    };
+    return at(first) * Load(places.keep) + at(second) * Load(places.share);
 }
 
 // The samples of one step of four rays, each in a vector; with one channel all in the first.
-template <int channels>
+template <int channels, bool isRing>
 inline void SampleStep(Vector4* samples, const float* row, const Places& places,
                        const RayGroup& group) {
+    const PixelOffsets<isRing> first(group, places.first);
+    const PixelOffsets<isRing> second(group, places.second);
     if constexpr (channels == 1) {
-        samples[0] = SampleFour(row, places, group);
+        samples[0] = SampleFour(row, places, first, second);
     } else {
         for (int g = 0; g < kRaysInGroup; ++g) {
-            const float* first = row + PixelOffset(group, places.first[g]);
-            const float* second =
-                row + PixelOffset(group, SecondOf(places.first[g], group.minorSize));
-            samples[g] = SamplePixel<channels>(first, second, places.keep[g], places.share[g]);
+            samples[g] = SamplePixel<channels, isRing>(
+                row + first.floats[g], row + second.floats[g], places.keep[g], places.share[g]);
         }
     }
 }
@@ -73,8 +106,8 @@ struct GrowingLines {
     }
 };
 
-template <int channels>
-void Sample(RayGroup& group) {
+template <int channels, bool isRing>
+void SampleSteps(RayGroup& group) {
     GrowingLines<channels> lines(group);
     Vector4 minor = Load(group.minor);
     const Vector4 slope = Load(group.slope);
@@ -82,7 +115,7 @@ void Sample(RayGroup& group) {
     for (std::int32_t i = 0; i < group.steps; ++i) {
         Places places;
         FindPlaces(places, minor, group.minorSize);
-        SampleStep<channels>(lines.sample, row, places, group);
+        SampleStep<channels, isRing>(lines.sample, row, places, group);
         lines.Add();
         Prefetch(row, places, group);
         minor = minor + slope;
@@ -90,6 +123,15 @@ void Sample(RayGroup& group) {
     }
     Store(group.minor, minor);
     lines.StoreLast(group.last);
+}
+
+template <int channels>
+void Sample(RayGroup& group) {
+    if (group.imageMask >= 0) {
+        SampleSteps<channels, true>(group);
+    } else {
+        SampleSteps<channels, false>(group);
+    }
 }
 
 // The mean over a window of one ray; with one channel and shared windows, of four.
@@ -153,7 +195,7 @@ void ScatterSteps(RayGroup& group, const WindowPosition* const* windows) {
             OwnMeans<channels>(means, group.line, windows, i);
         }
         float* sums = PassLane<channels>(*group.sums, group.lane + i, places.first[0]);
-        AddGroup<channels>(sums, places, allInside, means, group.minorSize);
+        AddGroup<channels>(sums, places, allInside, means);
         minor = minor + slope;
     }
     Store(group.minor, minor);
@@ -168,29 +210,55 @@ void Scatter(RayGroup& group, const WindowPosition* const* windows, bool areShar
     }
 }
 
-template <int channels>
-void Blur(RayGroup& group, const WindowPosition* windows) {
+// Steps that are sampled, meant over and added together: short loops one after the other, since the
+// additions to one pixel wait for each other.
+constexpr std::int32_t kStepsTogether = 8;
+
+struct StepPlaces {
+    Places places;
+    bool areInside;
+};
+
+template <int channels, bool isRing>
+void BlurSteps(RayGroup& group, const WindowPosition* windows) {
     GrowingLines<channels> lines(group);
     Vector4 minor = Load(group.minor);
     const Vector4 slope = Load(group.slope);
     const float* row = group.image;
-    Places places[2];
-    bool areInside[2];
-    areInside[0] = FindPlaces(places[0], minor, group.minorSize);
-    for (std::int32_t i = 0; i < group.steps; ++i) {
-        const Places& here = places[i & 1];
-        Places& next = places[(i + 1) & 1];
-        minor = minor + slope;
-        areInside[(i + 1) & 1] = FindPlaces(next, minor, group.minorSize);
-        SampleStep<channels>(lines.sample, row, next, group);
-        lines.Add();
-        Prefetch(row, next, group);
-        Vector4 means[kRaysInGroup];
-        SharedMeans<channels>(means, group.line[0], windows[i]);
-        float* sums = PassLane<channels>(*group.sums, group.lane + i, here.first[0]);
-        AddGroup<channels>(sums, here, areInside[i & 1], means, group.minorSize);
-        row += group.imageStep;
+    StepPlaces steps[kStepsTogether + 1];
+    steps[0].areInside = FindPlaces(steps[0].places, minor, group.minorSize);
+    for (std::int32_t i = 0; i < group.steps;) {
+        const std::int32_t together =
+            kStepsTogether < group.steps - i ? kStepsTogether : group.steps - i;
+        for (std::int32_t s = 1; s <= together; ++s) {
+            minor = minor + slope;
+            steps[s].areInside = FindPlaces(steps[s].places, minor, group.minorSize);
+            SampleStep<channels, isRing>(lines.sample, row, steps[s].places, group);
+            lines.Add();
+            Prefetch(row, steps[s].places, group);
+            row += group.imageStep;
+        }
+        Vector4 means[kStepsTogether][kRaysInGroup];
+        for (std::int32_t s = 0; s < together; ++s) {
+            SharedMeans<channels>(means[s], group.line[0], windows[i + s]);
+        }
+        for (std::int32_t s = 0; s < together; ++s) {
+            const Places& here = steps[s].places;
+            float* sums = PassLane<channels>(*group.sums, group.lane + i + s, here.first[0]);
+            AddGroup<channels>(sums, here, steps[s].areInside, means[s]);
+        }
+        steps[0] = steps[together];
+        i += together;
     }
     Store(group.minor, minor);
     lines.StoreLast(group.last);
+}
+
+template <int channels>
+void Blur(RayGroup& group, const WindowPosition* windows) {
+    if (group.imageMask >= 0) {
+        BlurSteps<channels, true>(group, windows);
+    } else {
+        BlurSteps<channels, false>(group, windows);
+    }
 }

@@ -5,9 +5,10 @@
 constexpr double kSnapBound = -1e-6;
 
 // Minor coordinates of the four rays as whole pixels, and the shares of the first and the second
-// pixel.
+// pixel; behind the last pixel the second one is the last, too.
 struct Places {
     std::int32_t first[kRaysInGroup];
+    std::int32_t second[kRaysInGroup];
     bool isInside[kRaysInGroup] = {};
     double keep[kRaysInGroup];
     double share[kRaysInGroup];
@@ -29,6 +30,11 @@ inline void PlaceBeside(Places& places, const double* minor, std::int32_t size) 
     }
 }
 
+inline void FindSecond(Places& places, std::int32_t size) {
+    StoreIntegers(places.second,
+                  Least(LoadIntegers(places.first) + SetIntegers(1), SetIntegers(size - 1)));
+}
+
 // True when all four lie inside, the usual case; isInside is set only otherwise.
 inline bool FindPlaces(Places& places, Vector4 minor, std::int32_t size) {
     const Vector4 snapped = SnapToZero(minor, kSnapBound);
@@ -36,17 +42,14 @@ inline bool FindPlaces(Places& places, Vector4 minor, std::int32_t size) {
         const Vector4 share = snapped - StoreTruncated(places.first, snapped);
         Store(places.share, share);
         Store(places.keep, Set(1.0) - share);
+        FindSecond(places, size);
         return true;
     }
     double coordinates[kRaysInGroup];
     Store(coordinates, snapped);
     PlaceBeside(places, coordinates, size);
+    FindSecond(places, size);
     return false;
-}
-
-// Floats from a lane's first pixel to another.
-inline std::ptrdiff_t PixelOffset(const RayGroup& group, std::int32_t pixel) {
-    return (pixel & group.imageMask) * group.imageMinor;
 }
 
 // Finishes the pixels of a lane from its first open place to the wanted one, which no ray from now
@@ -87,29 +90,31 @@ inline float* PassLane(const LaneSums& target, std::int32_t index, std::int32_t 
     return target.sums + index * (kOpenPixels * std::ptrdiff_t{channels + 1});
 }
 
-// The open sums of a pixel, in floats from the lane's first.
+// The open sums of four pixels, in floats from the lane's first.
 template <int channels>
-inline std::ptrdiff_t SlotOf(std::int32_t pixel) {
-    return (pixel & (kOpenPixels - 1)) * std::ptrdiff_t{channels + 1};
+inline void FindSlots(std::int32_t* slots, const std::int32_t* pixels) {
+    StoreIntegers(
+        slots, (LoadIntegers(pixels) & SetIntegers(kOpenPixels - 1)) * SetIntegers(channels + 1));
 }
 
-inline std::int32_t SecondOf(std::int32_t first, std::int32_t size) {
-    return first == size - 1 ? first : first + 1;
+// Single precision, in doubles.
+inline Vector4 Rounded(Vector4 v) {
+    return Widen(Narrow(v));
 }
 
 // Sums are formed in double and kept in single precision. The weight rides in the lane behind the
 // channels: a double sum of two floats, rounded, is the float sum (double precision has more than
 // twice their digits).
 template <int channels>
-inline void AddToPixel(float* pixel, Vector4 value, double part, float weight) {
+inline void AddToPixel(float* pixel, Vector4 value, double part, double weight) {
     if constexpr (channels == 4) {
         const Vector4 sum = Widen(_mm_loadu_ps(pixel)) + Set(part) * value;
         _mm_storeu_ps(pixel, Narrow(sum));
-        pixel[4] += weight;
+        pixel[4] += static_cast<float>(weight);
     } else {
         const Vector4 one = Set(1.0);
         const Vector4 parts = Set(part);
-        const Vector4 weights = Set(static_cast<double>(weight));
+        const Vector4 weights = Set(weight);
         Vector4 lanes;
         Vector4 factors;
         if constexpr (channels == 3) {
@@ -125,19 +130,22 @@ inline void AddToPixel(float* pixel, Vector4 value, double part, float weight) {
 }
 
 // Plain arithmetic in two scalars is as good as lanes.
-inline void AddToPixel1(float* pixel, double value, double part, float weight) {
+inline void AddToPixel1(float* pixel, double value, double part, double weight) {
     pixel[0] = static_cast<float>(static_cast<double>(pixel[0]) + part * value);
-    pixel[1] += weight;
+    pixel[1] += static_cast<float>(weight);
 }
 
 // Adds the values of one step of four rays, each in a vector; with one channel all in the first.
 template <int channels>
-inline void AddGroup(float* sums, const Places& places, bool allInside, const Vector4* values,
-                     std::int32_t size) {
-    float keepWeights[kRaysInGroup];
-    float shareWeights[kRaysInGroup];
-    _mm_storeu_ps(keepWeights, Narrow(Load(places.keep)));
-    _mm_storeu_ps(shareWeights, Narrow(Load(places.share)));
+inline void AddGroup(float* sums, const Places& places, bool allInside, const Vector4* values) {
+    double keepWeights[kRaysInGroup];
+    double shareWeights[kRaysInGroup];
+    Store(keepWeights, Rounded(Load(places.keep)));
+    Store(shareWeights, Rounded(Load(places.share)));
+    std::int32_t firstSlots[kRaysInGroup];
+    std::int32_t secondSlots[kRaysInGroup];
+    FindSlots<channels>(firstSlots, places.first);
+    FindSlots<channels>(secondSlots, places.second);
     double rays[kRaysInGroup];
     if constexpr (channels == 1) {
         Store(rays, values[0]);
@@ -146,8 +154,8 @@ inline void AddGroup(float* sums, const Places& places, bool allInside, const Ve
         if (!allInside && !places.isInside[g]) {
             continue;
         }
-        float* first = sums + SlotOf<channels>(places.first[g]);
-        float* second = sums + SlotOf<channels>(SecondOf(places.first[g], size));
+        float* first = sums + firstSlots[g];
+        float* second = sums + secondSlots[g];
         if constexpr (channels == 1) {
             AddToPixel1(first, rays[g], places.keep[g], keepWeights[g]);
             AddToPixel1(second, rays[g], places.share[g], shareWeights[g]);

@@ -204,18 +204,18 @@ void SpectralScatter(RayGroup& group, const SpectralLines& lines, const Spectral
         StepValues<colors, channels>(values, lines, rule, from + i);
         float* sums = PassLane<channels>(*group.sums, group.lane + i, places.first[0]);
         if constexpr (channels == 1) {
-            AddGroup<1>(sums, places, allInside, values, group.minorSize);
+            AddGroup<1>(sums, places, allInside, values);
         } else {
             Transpose(values);
-            AddGroup<channels>(sums, places, allInside, values, group.minorSize);
+            AddGroup<channels>(sums, places, allInside, values);
         }
         minor = minor + slope;
     }
     Store(group.minor, minor);
 }
 
-template <int channels>
-void SpectralSample(RayGroup& group, double* samples) {
+template <int channels, bool isRing>
+void SpectralSampleSteps(RayGroup& group, double* samples) {
     Vector4 minor = Load(group.minor);
     const Vector4 slope = Load(group.slope);
     const float* row = group.image;
@@ -223,13 +223,10 @@ void SpectralSample(RayGroup& group, double* samples) {
         Places places;
         FindPlaces(places, minor, group.minorSize);
         Vector4 rays[kRaysInGroup];
-        for (int g = 0; g < kRaysInGroup; ++g) {
-            const float* first = row + PixelOffset(group, places.first[g]);
-            const float* second =
-                row + PixelOffset(group, SecondOf(places.first[g], group.minorSize));
-            rays[g] = SamplePixel<channels>(first, second, places.keep[g], places.share[g]);
+        SampleStep<channels, isRing>(rays, row, places, group);
+        if constexpr (channels > 1) {
+            Transpose(rays);
         }
-        Transpose(rays);
         for (int c = 0; c < channels; ++c) {
             Store(samples, rays[c]);
             samples += 4;
@@ -238,6 +235,15 @@ void SpectralSample(RayGroup& group, double* samples) {
         row += group.imageStep;
     }
     Store(group.minor, minor);
+}
+
+template <int channels>
+void SpectralSample(RayGroup& group, double* samples) {
+    if (group.imageMask >= 0) {
+        SpectralSampleSteps<channels, true>(group, samples);
+    } else {
+        SpectralSampleSteps<channels, false>(group, samples);
+    }
 }
 
 template <int channels>

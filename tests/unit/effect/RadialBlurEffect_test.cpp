@@ -72,6 +72,27 @@ TEST_P(EveryInstructionSet, GivesThePlainFormsBytesInAllShapesAndModes) {
     }
 }
 
+// Larger than what of it is in memory at a time.
+TEST_P(EveryInstructionSet, GivesThePlainFormsBytesInALargerPicture) {
+    const InstructionSet set = GetParam();
+    TestFilter one(1);
+    TestFilter three(3);
+    for (const TestShape& shape : {TestShape{3, false, 8, 3}, TestShape{1, true, 16, 2}}) {
+        for (const Settings& settings : kSettings) {
+            TestPicture picture = test::MakeNoise(shape, 610, 530, 7, settings.withMask);
+            for (const int mode : {1, 2}) {
+                ForceInstructionSet(InstructionSet::Plain);
+                const auto expected = Render(one, picture, settings, mode);
+                ForceInstructionSet(set);
+                EXPECT_EQ(Render(one, picture, settings, mode), expected)
+                    << "origin " << settings.originX << ", mode " << mode;
+                EXPECT_EQ(Render(three, picture, settings, mode), expected)
+                    << "origin " << settings.originX << ", mode " << mode;
+            }
+        }
+    }
+}
+
 // Rays of two sides run side by side for so long that one side waits for the other.
 TEST_P(EveryInstructionSet, GivesThePlainFormsBytesInANarrowPicture) {
     const InstructionSet set = GetParam();

@@ -67,6 +67,30 @@ TEST(RaySector, RowsAndColumnsAgreeOnWhatIsASectorsOwn) {
     }
 }
 
+// A pixel of the narrowed sector has all its neighbours in the sector.
+TEST(RaySector, NarrowedByTwoPixelsItKeepsTheNeighborsOfItsPixels) {
+    for (const RayField& field : AllFields()) {
+        const Sectors sectors(field);
+        for (const SideSectors& side : sectors.sides) {
+            for (int i = 0; i < side.count; ++i) {
+                const RaySector& wide = side.sectors[i];
+                const RaySector narrow = wide.Narrowed(5.0);
+                for (std::int32_t y = 0; y < field.height; ++y) {
+                    const PixelRange row = narrow.OwnOfRow(y);
+                    for (std::int32_t x = row.first; x < row.end; ++x) {
+                        for (std::int32_t v = std::max(y - 1, 0);
+                             v <= std::min(y + 1, field.height - 1); ++v) {
+                            ASSERT_TRUE(Owns(wide, x, v));
+                            ASSERT_TRUE(x == 0 || Owns(wide, x - 1, v));
+                            ASSERT_TRUE(x == field.width - 1 || Owns(wide, x + 1, v));
+                        }
+                    }
+                }
+            }
+        }
+    }
+}
+
 // The rays of a sector follow each other one way on each lane, or finished pixels would be touched
 // again.
 TEST(RaySector, RaysTravelOneWay) {
