@@ -121,7 +121,7 @@ RenderTimes Render(hostapi::EntryPoint entryPoint, const RenderCase& wanted,
                    host::HostDocument& document, host::HostImage* result) {
     host::HostSession session(entryPoint, std::move(document),
                               {.freshBytes = host::FreshBytes::Unset,
-                               .sparesCopies = true,
+                               .sparesCopies = !wanted.inPlace,
                                .outputContents = host::OutputContents::Unset});
     session.Play({{FourCharacterCode("STRE"), wanted.strength},
                   {FourCharacterCode("MODE"), std::int32_t{wanted.mode}},
@@ -138,6 +138,11 @@ RenderTimes Render(hostapi::EntryPoint entryPoint, const RenderCase& wanted,
             clock.Report(done, total);
         }
     };
+    if (wanted.inPlace) {
+        session.Hooks().afterAdvance = [](hostapi::FilterRecord& record) {
+            record.outData = record.inData;
+        };
+    }
     RenderTimes times;
     PretendProcessors(wanted.threads);
     ResetPeakMemory();

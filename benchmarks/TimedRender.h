@@ -22,11 +22,12 @@ struct RenderCase {
     double holdout = 0.0;
     double zoomStart = 0.5;
     double soften = 0.0;
-    int threads = 0;  // 0: as many as there are processors
+    bool inPlace = false;  // output lies where the input does
+    int threads = 0;       // 0: as many as there are processors
 };
 
 // Selection with mask and linear light, move, clearing of the sums, rays, normalization,
-// composition.
+// composition. Where all run while the rays do, that counts as rays.
 enum Stage { kSelect, kMove, kClear, kRays, kNormalize, kCompose, kStages };
 
 struct RenderTimes {

@@ -315,6 +315,7 @@ private:
                                     });
         }
         if (IsOk(status) && stream != nullptr) {
+            const MeasuringPoint point(host_->GetActiveMeasurements(), "composition of seams");
             status = host_->Iterate(static_cast<std::int32_t>(kSideCount),
                                     [this](unsigned index, unsigned count, unsigned) {
                                         return static_cast<unsigned>(WriteKept(index, count));
@@ -325,7 +326,8 @@ private:
 
     // A side that failed on another thread fails the render: its rays are missing.
     std::int32_t RunSides() {
-        const MeasuringPoint point(host_->GetActiveMeasurements(), "rays");
+        const MeasuringPoint point(host_->GetActiveMeasurements(),
+                                   stream != nullptr ? "selection to composition" : "rays");
         std::fill(sideStatus_, sideStatus_ + kSideCount, host_->StatusOk());
         std::int32_t status = host_->Iterate(
             static_cast<std::int32_t>(kSideCount),

@@ -49,6 +49,17 @@ TEST_F(TimingTest, TellsEveryStageOnceAndTheSum) {
     EXPECT_THAT(run.out, HasSubstr("(100.0%) | max:"));
 }
 
+// A picture that is wide enough passes through all stages in pieces.
+TEST_F(TimingTest, StagesThatRunTogetherAreToldTogether) {
+    WriteGradientPng(folder_ / "in.png", 64, 48, 3, 8);
+    const ProgramRun run = Blur({"--timing", "--quiet"}, RealModule());
+    EXPECT_EQ(run.code, 0) << run.err;
+    for (const char* const stage : {"image from the host", "clearing", "selection to composition",
+                                    "normalization", "composition of seams"}) {
+        EXPECT_THAT(run.out, HasSubstr("%) - (1x) " + std::string(stage) + "\n"));
+    }
+}
+
 TEST_F(TimingTest, AViewHasItsOwnStages) {
     const ProgramRun run = Blur({"--timing", "--show", "selection-only"}, RealModule());
     EXPECT_EQ(run.code, 0) << run.err;

@@ -31,8 +31,7 @@ constexpr Settings kSettings[] = {
     {-0.4, 0.6, 0.5, 0.2, 0.3, 0.0, 0.0, false}, {1.7, -0.9, 0.4, 0.5, 0.0, 10.0, 0.7, true},
     {0.98, 0.99, 0.3, 0.7, 0.0, 0.0, 0.0, true}};
 
-std::vector<std::uint8_t> Render(TestFilter& filter, TestPicture& picture, const Settings& s,
-                                 int mode) {
+void SetUp(TestFilter& filter, const Settings& s, int mode) {
     filter.SetOrigin(s.originX, s.originY);
     filter.SetValue("Strength", s.strength);
     filter.SetValue("ZoomStart", s.start);
@@ -40,6 +39,11 @@ std::vector<std::uint8_t> Render(TestFilter& filter, TestPicture& picture, const
     filter.SetValue("SelectionLow", s.low);
     filter.SetValue("SelectionSoften", s.soften);
     filter.SetValue("Mode", mode);
+}
+
+std::vector<std::uint8_t> Render(TestFilter& filter, TestPicture& picture, const Settings& s,
+                                 int mode) {
+    SetUp(filter, s, mode);
     return test::RenderPicture(filter, picture);
 }
 
@@ -88,6 +92,26 @@ TEST_P(EveryInstructionSet, GivesThePlainFormsBytesInALargerPicture) {
                     << "origin " << settings.originX << ", mode " << mode;
                 EXPECT_EQ(Render(three, picture, settings, mode), expected)
                     << "origin " << settings.originX << ", mode " << mode;
+            }
+        }
+    }
+}
+
+// Stages run one after the other there, since the picture is read before any of it is written.
+TEST_P(EveryInstructionSet, GivesThePlainFormsBytesWhereInputAndOutputAreOne) {
+    const InstructionSet set = GetParam();
+    TestFilter three(3);
+    for (const TestShape& shape : test::AllShapes()) {
+        for (const Settings& settings : kSettings) {
+            TestPicture picture = test::MakeNoise(shape, 61, 43, 7, settings.withMask);
+            for (const int mode : {1, 2}) {
+                SetUp(three, settings, mode);
+                ForceInstructionSet(InstructionSet::Plain);
+                const auto expected = test::RenderInPlace(three, picture);
+                ForceInstructionSet(set);
+                EXPECT_EQ(test::RenderInPlace(three, picture), expected)
+                    << shape.colors << " colours, alpha " << shape.alpha << ", depth "
+                    << shape.depth << ", origin " << settings.originX << ", mode " << mode;
             }
         }
     }

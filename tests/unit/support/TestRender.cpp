@@ -129,4 +129,12 @@ std::vector<std::uint8_t> RenderPicture(TestFilter& filter, TestPicture& picture
     return out;
 }
 
+std::vector<std::uint8_t> RenderInPlace(TestFilter& filter, TestPicture& picture) {
+    std::vector<std::uint8_t> out = picture.bytes;
+    hostapi::FilterRecord record = MakeRecord(picture, out);
+    record.inData = out.data();
+    EXPECT_EQ(filter.SelectRenderTemplate(&record), 0);
+    return out;
+}
+
 }  // namespace mv::test

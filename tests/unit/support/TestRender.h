@@ -54,4 +54,7 @@ hostapi::FilterRecord MakeRecord(TestPicture& picture, std::vector<std::uint8_t>
 // The output's bytes, filled with 0xA5 before.
 std::vector<std::uint8_t> RenderPicture(TestFilter& filter, TestPicture& picture);
 
+// The same with the output in the place of the input, which stays as it is in picture.
+std::vector<std::uint8_t> RenderInPlace(TestFilter& filter, TestPicture& picture);
+
 }  // namespace mv::test
