@@ -31,7 +31,7 @@ constexpr Settings kSettings[] = {
     {-0.4, 0.6, 0.5, 0.2, 0.3, 0.0, 0.0, false}, {1.7, -0.9, 0.4, 0.5, 0.0, 10.0, 0.7, true},
     {0.98, 0.99, 0.3, 0.7, 0.0, 0.0, 0.0, true}};
 
-void SetUp(TestFilter& filter, const Settings& s, int mode) {
+void SetValues(TestFilter& filter, const Settings& s, int mode) {
     filter.SetOrigin(s.originX, s.originY);
     filter.SetValue("Strength", s.strength);
     filter.SetValue("ZoomStart", s.start);
@@ -43,7 +43,7 @@ void SetUp(TestFilter& filter, const Settings& s, int mode) {
 
 std::vector<std::uint8_t> Render(TestFilter& filter, TestPicture& picture, const Settings& s,
                                  int mode) {
-    SetUp(filter, s, mode);
+    SetValues(filter, s, mode);
     return test::RenderPicture(filter, picture);
 }
 
@@ -105,7 +105,7 @@ TEST_P(EveryInstructionSet, GivesThePlainFormsBytesWhereInputAndOutputAreOne) {
         for (const Settings& settings : kSettings) {
             TestPicture picture = test::MakeNoise(shape, 61, 43, 7, settings.withMask);
             for (const int mode : {1, 2}) {
-                SetUp(three, settings, mode);
+                SetValues(three, settings, mode);
                 ForceInstructionSet(InstructionSet::Plain);
                 const auto expected = test::RenderInPlace(three, picture);
                 ForceInstructionSet(set);
