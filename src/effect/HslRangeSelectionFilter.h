@@ -56,6 +56,9 @@ public:
         isLookedUp_ = isHard && !params.showSelection && decoder != nullptr && decoder->HasTable();
     }
 
+    // Whether it takes a look-up for a channel, and no power.
+    bool IsLookedUp() const { return isLookedUp_; }
+
     // Puts pixels from to end - 1 of row y, decoded where a decoder is given, to out, packed. For
     // callers that have a use for them at once; any thread.
     void RenderRun(std::int32_t y, std::int32_t from, std::int32_t end, unsigned char* out) const {

@@ -29,6 +29,9 @@ public:
     // Takes blurred pixels from to end - 1 of row y, of which each comes once.
     virtual void Write(std::int32_t y, std::int32_t from, std::int32_t end,
                        const BlurredRows& rows) = 0;
+    // Whether a pixel takes so long that few should be asked for at a time, since the host hears
+    // nothing meanwhile.
+    virtual bool IsSlow() const = 0;
     // Row y has been written to its end; gives the host's status.
     virtual std::int32_t EndRow(std::int32_t y) = 0;
 

@@ -63,10 +63,10 @@ public:
     // Where the picture comes from and goes to, instead of the images' data; see CanStream.
     PictureStream* stream = nullptr;
 
-    // Whether the picture, of which the images need all but the data, may come as a stream.
+    // Whether the picture, of which the images need all but the data, may come as a stream. To be
+    // asked before one is set.
     bool CanStream() {
-        SetField();
-        sums_.Divide(field_);
+        Divide();
         return IsFast() && std::min(field_.width, field_.height) >= SectorWindow::kLeastSize;
     }
 
@@ -75,7 +75,6 @@ public:
         const LogScope scope;
         progressPosition_ = position;
         progressRange_ = range;
-        SetField();
         Side sides[kSideCount];
         sides_ = sides;
         for (auto& list : lists_) {
@@ -141,15 +140,18 @@ protected:
     RayField field_{};
 
 private:
-    void SetField() {
+    void Divide() {
         field_ = {imageIn.width, imageIn.height, centerX - imageIn.origin_x,
                   centerY - imageIn.origin_y};
+        sums_.Divide(field_);
     }
 
     bool IsFast() const { return static_cast<const Blur*>(this)->FastDoubles() != 0; }
 
     bool AllocateSums() {
-        sums_.Divide(field_);
+        if (stream == nullptr) {
+            Divide();
+        }
         if (IsFast()) {
             seamMemory_ = Allocate<void>(SeamMap::Bytes(imageIn.height));
             if (seamMemory_ == nullptr) {
@@ -242,10 +244,12 @@ private:
     // A window follows the rays.
     std::int32_t StreamSector(Side& side, const RaySector& sector) {
         std::int32_t status = host_->StatusOk();
+        const std::int32_t most =
+            stream->IsSlow() ? SectorWindow::kFewRays : SectorWindow::kMostRays;
         side.pixels = side.window.Begin(sector, RayOf(side, sector.FirstRay()));
         side.sums.Begin(sector, side.pixels);
         for (std::int32_t k = sector.FirstRay(); k <= sector.LastRay() && IsOk(status);) {
-            const std::int32_t last = std::min(k + SectorWindow::kMostRays - 1, sector.LastRay());
+            const std::int32_t last = std::min(k + most - 1, sector.LastRay());
             side.window.ReadTo(RayOf(side, last));
             status = BlurRays(side, k, last);
             if (IsOk(status)) {

@@ -22,6 +22,8 @@ public:
     // Rays that may run before the window moves on: the ring also holds what four rays of the last
     // group need behind them, and the margins of what is read and written.
     static constexpr std::int32_t kMostRays = 232;
+    // With a slow stream.
+    static constexpr std::int32_t kFewRays = 48;
     // Narrower pictures have no use for a window.
     static constexpr std::int32_t kLeastSize = 32;
 

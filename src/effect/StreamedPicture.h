@@ -29,7 +29,7 @@ public:
     StreamedPicture(void* memory, const ShiftedPicture& picture, const Selection& selection,
                     const Composer<C_Image>& composer,
                     std::function<std::int32_t(std::int32_t)> report)
-        : composer_(composer), report_(std::move(report)) {
+        : composer_(composer), report_(std::move(report)), isSlow_(!selection.IsLookedUp()) {
         auto* bytes = static_cast<unsigned char*>(memory);
         columns_.Fill(bytes, picture.width, picture.dx);
         bytes += ShiftColumns::Bytes(picture.width);
@@ -63,6 +63,9 @@ public:
         composer_.ComposeRun(y, from, end, [&rows](std::int32_t row) { return rows.Row(row); });
     }
 
+    // Float pictures, which are never looked up, also take their time to be composed.
+    bool IsSlow() const override { return isSlow_; }
+
     std::int32_t EndRow(std::int32_t y) override { return report_(y); }
 
 private:
@@ -79,6 +82,7 @@ private:
 
     const Composer<C_Image>& composer_;
     std::function<std::int32_t(std::int32_t)> report_;
+    bool isSlow_;
     MovedRows::Source source_;
     ShiftColumns columns_;
     MovedRows moved_[kSideCount];

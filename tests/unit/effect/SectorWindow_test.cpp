@@ -51,6 +51,7 @@ public:
             }
         }
     }
+    bool IsSlow() const override { return false; }
     std::int32_t EndRow(std::int32_t) override { return 0; }
 
     bool IsEachWrittenOnce() const {
