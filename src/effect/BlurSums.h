@@ -53,6 +53,9 @@ public:
         hasSeams_ = true;
     }
 
+    // Of the picture that was divided.
+    std::int32_t Height() const { return height_; }
+
     // The accumulator's rows: the picture's, or as many of its width as the seams fill.
     std::int32_t Rows() const {
         if (!hasSeams_) {

@@ -19,4 +19,13 @@ struct LanePixels {
     }
 };
 
+// A whole picture of floats, packed, as rays see it that step along rows or along columns.
+template <class Image>
+LanePixels LanePixelsOf(const Image& image, bool isXMajor) {
+    constexpr std::ptrdiff_t pixel = Image::Pixel_t::kChannels;
+    const std::ptrdiff_t row = image.width * pixel;
+    return {reinterpret_cast<float*>(image.data), isXMajor ? pixel : row, isXMajor ? row : pixel,
+            -1};
+}
+
 }  // namespace mv

@@ -13,6 +13,7 @@ class RadialBlurFilter final
                            AccumulatorPixel, Selection> {
     using Base = RayBlurFilter<RadialBlurFilter, Image, AccumulatorPixel, Selection>;
     friend Base;
+    friend typename Base::Side;
     using Base::kChannels;
     using Side = typename Base::Side;
 

@@ -5,27 +5,18 @@
 #include <atomic>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 
 #include "diagnostics/Log.h"
-#include "effect/BlurSums.h"
 #include "effect/ClearImageFilter.h"
-#include "effect/ContributionList.h"
+#include "effect/RayBlurMemory.h"
 #include "effect/RayGeometry.h"
 #include "effect/RayGroupPlan.h"
 #include "effect/RaySector.h"
-#include "effect/SectorSums.h"
-#include "effect/SectorWindow.h"
-#include "effect/SideZone.h"
+#include "effect/RaySide.h"
 #include "effect/WindowTable.h"
 #include "image/MorvenhaleFilter.h"
-#include "platform/LargePages.h"
 
 namespace mv {
-
-// Lines reach two entries below the first sample and a few beyond the last.
-constexpr std::int32_t kLineLead = 2;
-constexpr std::int32_t kLineSlack = 6;
 
 // A smear along the lines through one centre, at a cost that does not depend on its length.
 // Rays run from the centre to every border pixel; each is resampled into a line, and what Blur
@@ -77,17 +68,14 @@ public:
         progressRange_ = range;
         Side sides[kSideCount];
         sides_ = sides;
-        for (auto& list : lists_) {
-            list.SetContext(host_);
-        }
         if (!AllocateSums() || !AllocateSides()) {
-            FreeSums();
+            Free();
             return host_->StatusOutOfMemory();
         }
         totalSteps_ = static_cast<std::uint32_t>(3 * imageIn.height + 2 * imageIn.width);
         stepsDone_ = 0;
         const std::int32_t status = RunStages();
-        FreeSums();
+        Free();
         return status;
     }
 
@@ -99,7 +87,7 @@ public:
                  "))");
         Side& side = sides_[thread_index];
         std::int32_t status = host_->StatusOk();
-        const SideSectors& sectors = sums_.Sectors(thread_index);
+        const SideSectors& sectors = memory_.sums.Sectors(thread_index);
         for (int i = 0; i < sectors.count && IsOk(status); ++i) {
             status = BlurSector(side, sectors.sectors[i]);
         }
@@ -108,20 +96,7 @@ public:
     }
 
 protected:
-    struct Side {
-        std::uint32_t index = 0;
-        SideZone zone;
-        // The fast form's.
-        typename Blur::FastState fast;
-        SectorSums sums;
-        SectorWindow window;
-        // What the sector's rays read.
-        LanePixels pixels;
-        double* fastBuffer = nullptr;
-        ChannelArray<double*, Blur::kLineCount> buffers = {};
-        ChannelArray<double*, Blur::kLineCount> lines = {};
-        bool isOutOfMemory = false;
-    };
+    using Side = RaySide<Blur, kChannels>;
 
     std::int32_t LongestLine() const { return std::max(imageIn.width, imageIn.height); }
 
@@ -143,7 +118,7 @@ private:
     void Divide() {
         field_ = {imageIn.width, imageIn.height, centerX - imageIn.origin_x,
                   centerY - imageIn.origin_y};
-        sums_.Divide(field_);
+        memory_.sums.Divide(field_);
     }
 
     bool IsFast() const { return static_cast<const Blur*>(this)->FastDoubles() != 0; }
@@ -152,74 +127,15 @@ private:
         if (stream == nullptr) {
             Divide();
         }
-        if (IsFast()) {
-            seamMemory_ = Allocate<void>(SeamMap::Bytes(imageIn.height));
-            if (seamMemory_ == nullptr) {
-                return false;
-            }
-            sums_.UseSeams(seamMemory_);
-        }
-        if (stream != nullptr && !AllocateStream()) {
-            return false;
-        }
-        auto& accumulator = sums_.accumulator;
-        accumulator = Accumulator(imageIn);
-        accumulator.height = sums_.Rows();
-        accumulator.row_bytes = imageIn.width * AccumulatorPixel::kSize;
-        accumulator.dynamic_pixel_size = AccumulatorPixel::kSize;
-        accumulator.is_connected = true;
-        accumulator.is_premultiplied = true;
-        const std::uint64_t bytes = static_cast<std::uint64_t>(accumulator.height) *
-                                    static_cast<std::uint64_t>(accumulator.row_bytes);
-        accumulator.data = Allocate<unsigned char>(bytes);
-        if (accumulator.data == nullptr) {
-            return false;
-        }
-        PreferLargePages(accumulator.data, bytes);
-        return true;
+        return (!IsFast() || memory_.AllocateSeams()) &&
+               (stream == nullptr || memory_.AllocateStream(field_)) &&
+               memory_.AllocateAccumulator(imageIn);
     }
 
-    // All of it before the first pixel is written.
-    bool AllocateStream() {
-        keptMap_ = Allocate<void>(KeptPixels::MapBytes(imageIn.height));
-        if (keptMap_ == nullptr) {
-            return false;
-        }
-        kept_.Fill(keptMap_, field_.width, field_.height, sums_.AllSectors());
-        keptData_ = Allocate<float>(std::uint64_t{kept_.Count()} * kChannels * sizeof(float));
-        kept_.SetPixels(keptData_, kChannels);
-        bool isComplete = keptData_ != nullptr;
-        for (std::uint32_t side = 0; side < kSideCount && isComplete; ++side) {
-            const std::uint64_t bytes = SectorWindow::Bytes(field_, sums_.Sectors(side), kChannels);
-            windowMemory_[side] = Allocate<void>(bytes);
-            isComplete =
-                windowMemory_[side] != nullptr && lists_[side].Reserve(sums_.MostKept(side));
-            if (isComplete) {
-                PreferLargePages(windowMemory_[side], bytes);
-            }
-        }
-        return isComplete;
-    }
-
-    void FreeSums() {
-        host_->FreeMemory(sums_.accumulator.data);
-        host_->FreeMemory(seamMemory_);
-        host_->FreeMemory(keptMap_);
-        host_->FreeMemory(keptData_);
-        sums_.accumulator.data = nullptr;
-        seamMemory_ = nullptr;
-        keptMap_ = nullptr;
-        keptData_ = nullptr;
+    void Free() {
+        memory_.Free();
         for (std::uint32_t side = 0; side < kSideCount; ++side) {
-            host_->FreeMemory(windowMemory_[side]);
-            windowMemory_[side] = nullptr;
-            lists_[side].Clear();
-            for (double*& buffer : sides_[side].buffers) {
-                host_->FreeMemory(buffer);
-                buffer = nullptr;
-            }
-            host_->FreeMemory(sides_[side].fastBuffer);
-            sides_[side].fastBuffer = nullptr;
+            sides_[side].Free(*host_);
         }
     }
 
@@ -227,9 +143,9 @@ private:
         if (stream != nullptr) {
             return StreamSector(side, sector);
         }
-        side.pixels = PixelsOf(imageIn, sector.IsXMajor());
+        side.pixels = LanePixelsOf(imageIn, sector.IsXMajor());
         if (side.fastBuffer != nullptr) {
-            side.sums.Begin(sector, PixelsOf(imageOut, sector.IsXMajor()));
+            side.sums.Begin(sector, LanePixelsOf(imageOut, sector.IsXMajor()));
         }
         const std::int32_t status = BlurRays(side, sector.FirstRay(), sector.LastRay());
         if (side.fastBuffer != nullptr && IsOk(status)) {
@@ -281,13 +197,6 @@ private:
         return status;
     }
 
-    static LanePixels PixelsOf(const Image& image, bool isXMajor) {
-        constexpr std::ptrdiff_t pixel = kChannels;
-        const std::ptrdiff_t row = image.width * pixel;
-        return {reinterpret_cast<float*>(image.data), isXMajor ? pixel : row,
-                isXMajor ? row : pixel, -1};
-    }
-
     // Four rays at a time where they walk alike, one by one elsewhere. Gives how many.
     std::int32_t BlurNext(Side& side, std::int32_t k, std::int32_t rays) {
         auto* blur = static_cast<Blur*>(this);
@@ -306,7 +215,7 @@ private:
 
     std::int32_t RunStages() {
         ClearImageFilter<Accumulator> clear(host_);
-        clear.image = sums_.accumulator;
+        clear.image = memory_.sums.accumulator;
         std::int32_t status = clear.render(progressPosition_ * 3, progressRange_ * 3);
         if (IsOk(status)) {
             status = RunSides();
@@ -333,22 +242,23 @@ private:
         const MeasuringPoint point(host_->GetActiveMeasurements(),
                                    stream != nullptr ? "selection to composition" : "rays");
         std::fill(sideStatus_, sideStatus_ + kSideCount, host_->StatusOk());
-        std::int32_t status = host_->Iterate(
-            static_cast<std::int32_t>(kSideCount),
-            [this](unsigned index, unsigned count, unsigned id) {
-                return static_cast<unsigned>(sums_.IsLate(index) ? host_->StatusOk()
-                                                                 : render_chunk(index, count, id));
-            });
+        std::int32_t status =
+            host_->Iterate(static_cast<std::int32_t>(kSideCount),
+                           [this](unsigned index, unsigned count, unsigned id) {
+                               return static_cast<unsigned>(memory_.sums.IsLate(index)
+                                                                ? host_->StatusOk()
+                                                                : render_chunk(index, count, id));
+                           });
         for (std::uint32_t side = 0; side < kSideCount && IsOk(status); ++side) {
             status = sideStatus_[side];
         }
         for (std::uint32_t side = 0; side < kSideCount; ++side) {
-            if (IsOk(status) && sums_.IsLate(side)) {
+            if (IsOk(status) && memory_.sums.IsLate(side)) {
                 status = render_chunk(side, kSideCount, 0);
             } else if (IsOk(status)) {
-                status = AddAllLater(lists_[side]);
+                status = AddAllLater(memory_.lists[side]);
             }
-            lists_[side].Clear();
+            memory_.lists[side].Clear();
         }
         return status;
     }
@@ -356,7 +266,7 @@ private:
     // The host hears that the render goes on, though no step of it is done.
     std::int32_t AddAllLater(const ContributionList<kChannels>& list) {
         std::int32_t status = host_->StatusOk();
-        list.ForEach([this](const auto& entry) { sums_.Add(entry); },
+        list.ForEach([this](const auto& entry) { memory_.sums.Add(entry); },
                      [this, &status] {
                          const std::uint32_t done = stepsDone_.load(std::memory_order_relaxed);
                          status = ReportStep(progressPosition_, progressRange_, done, totalSteps_);
@@ -371,38 +281,24 @@ private:
         for (std::uint32_t side = 0; side < kSideCount && isComplete; ++side) {
             sides_[side] = {};
             sides_[side].index = side;
-            sides_[side].zone = sums_.Zone(side);
+            sides_[side].zone = memory_.sums.Zone(side);
             isComplete = AllocateLines(sides_[side]);
         }
         return isComplete;
     }
 
     bool AllocateLines(Side& side) {
-        const auto entries =
-            static_cast<std::uint64_t>(std::max(imageIn.width, imageIn.height) + kLineSlack);
-        const std::uint64_t bytes = entries * kChannels * sizeof(double);
-        for (int i = 0; i < Blur::kLineCount; ++i) {
-            side.buffers[i] = Allocate<double>(bytes);
-            if (side.buffers[i] == nullptr) {
-                return false;
-            }
-            std::memset(side.buffers[i], 0, bytes);
-            side.lines[i] = side.buffers[i] + kLineLead * kChannels;
-        }
         const std::uint64_t fastDoubles = static_cast<const Blur*>(this)->FastDoubles();
+        if (!side.Allocate(*host_, LongestLine(), fastDoubles)) {
+            return false;
+        }
         if (fastDoubles != 0) {
-            side.fastBuffer = Allocate<double>(fastDoubles * sizeof(double) +
-                                               SectorSums::Bytes(LongestLine(), kChannels));
-            if (side.fastBuffer == nullptr) {
-                return false;
-            }
-            std::memset(side.fastBuffer, 0, fastDoubles * sizeof(double));
             static_cast<Blur*>(this)->PrepareFast(side);
-            side.sums.SetUp(side.fastBuffer + fastDoubles, sums_.Target(), side.index);
+            side.sums.SetUp(side.fastBuffer + fastDoubles, memory_.sums.Target(), side.index);
         }
         if (stream != nullptr) {
-            side.window.SetUp(windowMemory_[side.index], field_, kChannels, side.index, kept_,
-                              *stream);
+            side.window.SetUp(memory_.windows[side.index], field_, kChannels, side.index,
+                              memory_.kept, *stream);
         }
         return true;
     }
@@ -533,10 +429,10 @@ protected:
             return;
         }
         std::uint32_t place = 0;
-        if (!sums_.Find(x, y, place)) {
+        if (!memory_.sums.Find(x, y, place)) {
             return;
         }
-        auto* entry = lists_[side.index].Append();
+        auto* entry = memory_.lists[side.index].Append();
         if (entry == nullptr) {
             side.isOutOfMemory = true;
             return;
@@ -554,7 +450,7 @@ private:
         if (side.fastBuffer != nullptr) {
             return reinterpret_cast<unsigned char*>(side.sums.Sums(side.sums.LaneOf(major), minor));
         }
-        return sums_.accumulator.Pixel(x, y);
+        return memory_.sums.accumulator.Pixel(x, y);
     }
 
     std::int32_t Normalize(std::uint32_t index, std::uint32_t count) {
@@ -562,9 +458,9 @@ private:
         const RowBand band = BandOf(imageOut.height, index, count);
         for (std::int32_t y = band.first; y < band.end && IsOk(status); ++y) {
             if (stream != nullptr) {
-                sums_.NormalizeRow(kept_, y);
+                memory_.sums.NormalizeRow(memory_.kept, y);
             } else {
-                sums_.NormalizeRow(imageOut, y);
+                memory_.sums.NormalizeRow(imageOut, y);
             }
             status = ReportStepDone();
         }
@@ -575,7 +471,7 @@ private:
         std::int32_t status = host_->StatusOk();
         const RowBand band = BandOf(imageOut.height, index, count);
         for (std::int32_t y = band.first; y < band.end && IsOk(status); ++y) {
-            kept_.WriteRow(*stream, y);
+            memory_.kept.WriteRow(*stream, y);
             status = stream->EndRow(y);
         }
         return status;
@@ -586,15 +482,9 @@ private:
         return ReportStep(progressPosition_, progressRange_, done, totalSteps_);
     }
 
-    BlurSums<Image, AccumulatorPixel> sums_;
-    void* seamMemory_ = nullptr;
-    KeptPixels kept_;
-    void* keptMap_ = nullptr;
-    float* keptData_ = nullptr;
-    void* windowMemory_[kSideCount] = {};
+    RayBlurMemory<Image, AccumulatorPixel> memory_{host_};
     // Of the render that runs, on its stack.
     Side* sides_ = nullptr;
-    ContributionList<kChannels> lists_[kSideCount];
     std::int32_t sideStatus_[kSideCount] = {};
     std::uint32_t totalSteps_ = 0;
     std::atomic<std::uint32_t> stepsDone_{0};

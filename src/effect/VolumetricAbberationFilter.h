@@ -15,6 +15,7 @@ class VolumetricAbberationFilter final
                            AccumulatorPixel, Selection> {
     using Base = RayBlurFilter<VolumetricAbberationFilter, Image, AccumulatorPixel, Selection>;
     friend Base;
+    friend typename Base::Side;
     using Base::kChannels;
     using Base::kColors;
     using Side = typename Base::Side;

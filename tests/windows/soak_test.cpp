@@ -50,7 +50,7 @@ protected:
         run->Session().Descriptor().playInfo = hostapi::plugInDialogSilent;
         // The pool starts its threads with the first stage that it works on.
         run->Session().Hooks().progress = [&](std::int32_t done, std::int32_t total) {
-            if (threads == 0 && done > total / 2) {
+            if (threads == 0 && done > total / 4 * 3) {
                 threads = ObjectCounts::Threads();
             }
         };

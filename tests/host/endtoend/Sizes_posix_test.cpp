@@ -87,13 +87,16 @@ struct Extent {
     int height;
 };
 
-// A gray, two-channel or RGB picture of bytes whose every row is the same one, in and out.
+// A gray, two-channel or RGB picture of bytes whose every row is the same one, in and out, unless it
+// is to have all its rows.
 class OneRowSession {
 public:
-    OneRowSession(Extent extent, int colors, bool alpha)
+    OneRowSession(Extent extent, int colors, bool alpha, bool hasAllRows = false)
         : job_(PlainJob(8, 8, colors, alpha, 8, 0.5)),
           session_(job_),
-          row_(static_cast<std::size_t>(extent.width * job_.facts.planes)),
+          rowBytes_(hasAllRows ? extent.width * job_.facts.planes : 0),
+          row_(static_cast<std::size_t>(extent.width * job_.facts.planes) *
+               static_cast<std::size_t>(hasAllRows ? extent.height : 1)),
           output_(row_.Size()) {
         std::fill_n(row_.Data(), row_.Size(), std::uint8_t{100});
         std::fill_n(output_.Data(), output_.Size(), std::uint8_t{0x5A});
@@ -107,7 +110,7 @@ public:
             FilterRecord& record = current->session_.Host().Record();
             record.inData = current->row_.Data();
             record.outData = current->output_.Data();
-            record.inRowBytes = record.outRowBytes = 0;
+            record.inRowBytes = record.outRowBytes = current->rowBytes_;
             record.maskData = nullptr;
             return hostapi::noErr;
         };
@@ -130,6 +133,7 @@ private:
 
     RenderJob job_;
     JobSession session_;
+    std::int32_t rowBytes_;
     GuardedBytes row_;
     GuardedBytes output_;
 };
@@ -195,7 +199,7 @@ TEST_F(SizesTest, TheBlurAsksForASmallPartOfTheWorkingImage) {
     const Extent extent = IsLongForm() ? Extent{23171, 23171} : Extent{4000, 3000};
     const std::uint64_t part = IsLongForm() ? 50 : 8;
     mock.limit = kFourGigabytes;
-    OneRowSession session(extent, 1, false);
+    OneRowSession session(extent, 1, false, !IsLongForm());
     EXPECT_EQ(session.Start({}), hostapi::noErr);
     const std::uint64_t working = std::uint64_t{4} * static_cast<std::uint64_t>(extent.width) *
                                   static_cast<std::uint64_t>(extent.height);
