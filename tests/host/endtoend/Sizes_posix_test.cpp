@@ -87,8 +87,8 @@ struct Extent {
     int height;
 };
 
-// A gray, two-channel or RGB picture of bytes whose every row is the same one, in and out, unless it
-// is to have all its rows.
+// A gray, two-channel or RGB picture of bytes whose every row is the same one, in and out, unless
+// it is to have all its rows.
 class OneRowSession {
 public:
     OneRowSession(Extent extent, int colors, bool alpha, bool hasAllRows = false)
