@@ -12,7 +12,6 @@
 #include "effect/SideZone.h"
 #include "effect/kernels/RowKernels.h"
 #include "image/MorvenhaleFilter.h"
-#include "platform/LargePages.h"
 
 namespace mv {
 

@@ -85,10 +85,7 @@ private:
     bool Grow(std::uint32_t capacity) {
         static_assert(sizeof(Block) % alignof(Entry) == 0);
         const std::uint64_t bytes = sizeof(Block) + std::uint64_t{capacity} * sizeof(Entry);
-        auto* block =
-            bytes > UINT32_MAX
-                ? nullptr
-                : static_cast<Block*>(context_->AllocateMemory(static_cast<std::uint32_t>(bytes)));
+        auto* block = static_cast<Block*>(AllocateBlock(*context_, bytes));
         if (block == nullptr) {
             return false;
         }

@@ -92,10 +92,7 @@ public:
     }
 
 private:
-    void* Allocate(std::uint64_t bytes) const {
-        return bytes > UINT32_MAX ? nullptr
-                                  : host_->AllocateMemory(static_cast<std::uint32_t>(bytes));
-    }
+    void* Allocate(std::uint64_t bytes) const { return AllocateBlock(*host_, bytes); }
 
     MorvenhaleRenderContext* host_;
     void* seams_ = nullptr;

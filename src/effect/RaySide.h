@@ -1,7 +1,6 @@
 // One side of a blur while its rays run.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -66,8 +65,7 @@ struct RaySide {
 private:
     static double* AllocateZeros(MorvenhaleRenderContext& host, std::uint64_t bytes,
                                  std::uint64_t zeros) {
-        void* memory =
-            bytes > UINT32_MAX ? nullptr : host.AllocateMemory(static_cast<std::uint32_t>(bytes));
+        void* memory = AllocateBlock(host, bytes);
         if (memory != nullptr) {
             std::memset(memory, 0, zeros);
         }

@@ -38,4 +38,10 @@ protected:
     ~MorvenhaleRenderContext() = default;
 };
 
+// Blocks are requested with 32 bits of size: what does not fit cannot be had, and comes back as
+// null.
+inline void* AllocateBlock(MorvenhaleRenderContext& context, std::uint64_t bytes) {
+    return bytes > UINT32_MAX ? nullptr : context.AllocateMemory(static_cast<std::uint32_t>(bytes));
+}
+
 }  // namespace mv

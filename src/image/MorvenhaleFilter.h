@@ -21,13 +21,10 @@ public:
 protected:
     bool IsOk(std::int32_t status) const { return status == host_->StatusOk(); }
 
-    // Blocks are requested with 32 bits of size: what does not fit cannot be had.
+    // Null without memory.
     template <class T>
     T* Allocate(std::uint64_t bytes) const {
-        if (bytes > UINT32_MAX) {
-            return nullptr;
-        }
-        return static_cast<T*>(host_->AllocateMemory(static_cast<std::uint32_t>(bytes)));
+        return static_cast<T*>(AllocateBlock(*host_, bytes));
     }
 
     // Progress of a stage is a fraction of the whole pipeline, which counts in range parts.
