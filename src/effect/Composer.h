@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 #include "effect/BlendPixels.h"
@@ -181,36 +182,41 @@ private:
         FinishPixels(colors, indices, x, end, y);
     }
 
-    // The usual case by itself: laid over the picture with its alpha, and nothing else.
-    std::int32_t BlendOver(const RowKernels& kernels, double* colors, const std::int32_t* indices,
-                           std::int32_t x, std::int32_t end, std::int32_t y) const {
+    // The usual case by itself: laid over the picture with its alpha, and nothing else. Gives the
+    // first pixel that is left.
+    std::int32_t BlendOver(const RowKernels& kernels, const double* colors,
+                           const std::int32_t* indices, std::int32_t x, std::int32_t end,
+                           std::int32_t y) const {
         if constexpr (kIsInteger && HostPixel::kHasAlpha && kColors == 3) {
             if (settings.blend != kBlendNormal || settings.adjustOn) {
                 return x;
             }
-            for (; x + 4 <= end; x += 4, colors += 16, indices += 16) {
-                double backdrop[16];
-                std::int32_t stored[16];
-                for (int i = 0; i < 4; ++i) {
-                    const unsigned char* in = imageIn.Pixel(x + i, y);
-                    for (int c = 0; c < 4; ++c) {
-                        backdrop[4 * i + c] = static_cast<double>(LoadChannel<Channel>(in, c));
-                    }
-                    for (int c = 0; c < 3; ++c) {
-                        colors[4 * i + c] =
-                            gammaTable[std::min(indices[4 * i + c], kGammaTableSize - 1)];
-                    }
-                }
-                kernels.blendOver(stored, colors, backdrop, Scale::kWhite, Scale::kInverse);
-                for (int i = 0; i < 4; ++i) {
-                    unsigned char* out = imageOut.Pixel(x + i, y);
-                    for (int c = 0; c < 4; ++c) {
-                        StoreChannel(out, c, static_cast<Channel>(stored[4 * i + c]));
-                    }
-                }
+            const TonedPixels pixels{colors,        indices,        gammaTable, kGammaTableSize - 1,
+                                     Scale::kWhite, Scale::kInverse};
+            const std::int32_t count = (end - x) / 4 * 4;
+            // Packed, as hosts deliver them, or packed here.
+            unsigned char packed[kPixelsAtATime * HostPixel::kSize];
+            const unsigned char* in = imageIn.Pixel(x, y);
+            if (imageIn.Stride() != HostPixel::kSize) {
+                CopyPixels(packed, HostPixel::kSize, in, imageIn.Stride(), count);
+                in = packed;
             }
+            unsigned char* out = imageOut.Pixel(x, y);
+            const bool isPacked = imageOut.Stride() == HostPixel::kSize;
+            kernels.blendOver[sizeof(Channel)](isPacked ? out : packed, in, pixels, count);
+            if (!isPacked) {
+                CopyPixels(out, imageOut.Stride(), packed, HostPixel::kSize, count);
+            }
+            return x + count;
         }
         return x;
+    }
+
+    static void CopyPixels(unsigned char* out, std::ptrdiff_t outStride, const unsigned char* in,
+                           std::ptrdiff_t inStride, std::int32_t count) {
+        for (std::int32_t i = 0; i < count; ++i, out += outStride, in += inStride) {
+            std::memcpy(out, in, HostPixel::kSize);
+        }
     }
 
     void FinishPixels(double* colors, const std::int32_t* indices, std::int32_t x, std::int32_t end,

@@ -33,8 +33,6 @@ private:
         WindowTable shared;
         WindowTable own[kRaysInGroup];
         bool hasShared = false;
-        // No shared window ends beyond its step.
-        bool reachesBackOnly = false;
     };
 
     // lines[0] holds the samples, lines[1] becomes their running sum, entries 0 to n + 1.
@@ -102,11 +100,18 @@ private:
         if (fast.hasShared) {
             const WindowRule rule{0.0, 0.0, this->strength, this->zoomStart};
             fast.shared.FillAll(rule, 0, steps, INT32_MAX, kernels_);
-            fast.reachesBackOnly = true;
-            for (std::int32_t i = 0; i < steps && fast.reachesBackOnly; ++i) {
-                fast.reachesBackOnly = fast.shared.From(i)->high <= i;
-            }
         }
+    }
+
+    // No window ends beyond its step. A length is subtracted and added again, and may come back a
+    // little longer.
+    bool DoWindowsReachBackOnly(const RayGroupPlan& plan) const {
+        constexpr double kLongestExact = 1e9;
+        return this->zoomStart >= 0.5 &&
+               std::all_of(plan.rays, plan.rays + kRaysInGroup, [this](const Ray& ray) {
+                   const WindowRule rule = this->RuleOf(ray);
+                   return rule.strength * (rule.startDistance + ray.steps) < kLongestExact;
+               });
     }
 
     // How far four rays have come: common steps that are sampled, and those that are scattered.
@@ -128,10 +133,10 @@ private:
         }
         FastState& fast = side.fast;
         const std::int32_t common = walk.plan.common;
-        const std::int32_t ownFrom = PlaceWindows(side, walk.plan);
         StartWalk(side, walk);
+        const std::int32_t ownFrom = PlaceWindows(side, walk);
         // Both in one go where no window waits for samples beyond its step.
-        const std::int32_t bothEnd = fast.reachesBackOnly ? std::min(ownFrom, common - 1) : 0;
+        const std::int32_t bothEnd = DoWindowsReachBackOnly(walk.plan) ? common - 1 : 0;
         const bool goesInOne = walk.tested < bothEnd;
         SampleLeads(side, walk);
         SampleTo(fast, walk, goesInOne ? walk.tested + 1 : common);
@@ -140,7 +145,8 @@ private:
         }
         ScatterTested(side, walk, ownFrom);
         if (goesInOne) {
-            BlurTo(fast, walk, bothEnd);
+            BlurTo(fast, walk, std::min(ownFrom, bothEnd), true);
+            BlurTo(fast, walk, bothEnd, false);
             SampleTo(fast, walk, common);
             SampleTails(side, walk);
         }
@@ -234,23 +240,40 @@ private:
         minor += ray.slope;
     }
 
-    // Gives the first common step from which rays use tables of their own: 0 without a shared
-    // one, else where the first line's end begins to cut windows.
-    std::int32_t PlaceWindows(Side& side, const RayGroupPlan& plan) const {
+    // Gives the first common step from which rays use windows of their own: 0 without shared
+    // ones, else where the first line's end begins to cut them. Tables hold them for the steps
+    // that rays walk alone.
+    std::int32_t PlaceWindows(Side& side, const Walk& walk) const {
         FastState& fast = side.fast;
+        const RayGroupPlan& plan = walk.plan;
         std::int32_t ownFrom = fast.hasShared ? plan.common : 0;
         for (int g = 0; fast.hasShared && g < kRaysInGroup; ++g) {
             const Ray& ray = plan.rays[g];
-            const std::int32_t cut = fast.own[g].FillCut(this->RuleOf(ray), ray.steps);
+            const std::int32_t cut = FirstCutWindow(this->RuleOf(ray), ray.steps);
             ownFrom = std::min(ownFrom, std::max(cut - plan.lead[g], 0));
         }
         for (int g = 0; g < kRaysInGroup; ++g) {
             const Ray& ray = plan.rays[g];
+            const std::int32_t lead = plan.lead[g];
             const WindowRule rule = this->RuleOf(ray);
-            fast.own[g].FillAll(rule, 0, plan.lead[g], ray.steps, kernels_);
-            fast.own[g].FillAll(rule, plan.lead[g] + ownFrom, ray.steps, ray.steps, kernels_);
+            fast.own[g].FillAll(rule, 0, lead, ray.steps, kernels_);
+            fast.own[g].FillAll(rule, lead + ownFrom, lead + walk.tested, ray.steps, kernels_);
+            fast.own[g].FillAll(rule, lead + plan.common, ray.steps, ray.steps, kernels_);
         }
         return ownFrom;
+    }
+
+    // Those of the common steps from the next one to be scattered on.
+    RayWindows NextWindows(const FastState& fast, const Walk& walk, bool areShared) const {
+        RayWindows windows;
+        windows.shared = areShared ? fast.shared.From(walk.scattered) : nullptr;
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            const Ray& ray = walk.plan.rays[g];
+            windows.rules[g] = this->RuleOf(ray);
+            windows.first[g] = walk.plan.lead[g] + walk.scattered;
+            windows.samples[g] = ray.steps;
+        }
+        return windows;
     }
 
     // Leads, and the common steps at which an earlier side may be met.
@@ -271,10 +294,13 @@ private:
     }
 
     // One step is sampled ahead.
-    void BlurTo(const FastState& fast, Walk& walk, std::int32_t end) const {
+    void BlurTo(const FastState& fast, Walk& walk, std::int32_t end, bool useShared) const {
+        if (walk.scattered >= end) {
+            return;
+        }
         RayGroup part = NextSteps(fast, walk.scatter, walk.sampled, end - walk.scattered);
         part.lane = walk.scatter.lane + walk.scattered;
-        kernels_->blur[kChannels](part, fast.shared.From(walk.scattered));
+        kernels_->blur[kChannels](part, NextWindows(fast, walk, useShared));
         TakeMinor(walk.scatter, part);
         for (int g = 0; g < kRaysInGroup; ++g) {
             walk.sample.minor[g] = part.minor[g] + part.slope[g];
@@ -289,12 +315,7 @@ private:
             return;
         }
         RayGroup part = NextSteps(fast, walk.scatter, walk.scattered, end - walk.scattered);
-        const WindowPosition* windows[kRaysInGroup];
-        for (int g = 0; g < kRaysInGroup; ++g) {
-            windows[g] =
-                (useShared ? fast.shared : fast.own[g]).From(walk.plan.lead[g] + walk.scattered);
-        }
-        kernels_->scatter[kChannels](part, windows, useShared);
+        kernels_->scatter[kChannels](part, NextWindows(fast, walk, useShared));
         TakeMinor(walk.scatter, part);
         walk.scattered = end;
     }

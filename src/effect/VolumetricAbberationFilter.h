@@ -70,12 +70,13 @@ private:
     };
 
     static constexpr std::ptrdiff_t kStride = kChannels * kRaysInGroup;
+    static constexpr int kFastLineCount = 4;
 
     std::uint64_t FastDoubles() const {
         if (kernels_ == nullptr || this->HasSelection()) {
             return 0;
         }
-        return kLineCount * LineDoubles();
+        return kFastLineCount * LineDoubles();
     }
 
     std::uint64_t LineDoubles() const {
@@ -85,8 +86,7 @@ private:
     void PrepareFast(Side& side) const {
         double* memory = side.fastBuffer + kLineLead * kStride;
         const auto next = static_cast<std::ptrdiff_t>(LineDoubles());
-        side.fast.lines = {memory, memory + next, memory + 2 * next, memory + 3 * next,
-                           memory + 4 * next};
+        side.fast.lines = {memory, memory + next, memory + 2 * next, memory + 3 * next};
     }
 
     bool BlurGroup(Side& side, const Ray* rays) {
@@ -121,7 +121,7 @@ private:
             group.minor[g] = plan.rays[g].minor;
         }
         group.steps = plan.common;
-        kernels_->sample[kChannels](group, lines.samples);
+        kernels_->sample[kChannels](group, lines);
         const std::int32_t end = MostSteps(plan) + 2;
         for (int g = 0; g < kRaysInGroup; ++g) {
             const Ray& ray = plan.rays[g];
@@ -130,43 +130,53 @@ private:
                 ChannelArray<double, kChannels> sample;
                 this->SamplePixel(side, ray, ray.start + ray.sign * i, minor, sample);
                 for (int c = 0; c < kChannels; ++c) {
-                    Entry(lines.samples, i, g)[c * kRaysInGroup] = sample[c];
+                    Entry(lines.down1, i, g)[c * kRaysInGroup] = sample[c];
                 }
             }
             for (int c = 0; c < kChannels; ++c) {
                 const std::ptrdiff_t channel = c * kRaysInGroup;
-                const double last = Entry(lines.samples, ray.steps - 1, g)[channel];
+                const double last = Entry(lines.down1, ray.steps - 1, g)[channel];
                 for (std::int32_t k = ray.steps; k < end; ++k) {
-                    Entry(lines.samples, k, g)[channel] = last;
+                    Entry(lines.down1, k, g)[channel] = last;
                 }
-                const double first = Entry(lines.samples, 0, g)[channel];
-                Entry(lines.samples, -1, g)[channel] = first;
-                Entry(lines.samples, -2, g)[channel] = first;
+                const double first = Entry(lines.down1, 0, g)[channel];
+                Entry(lines.down1, -1, g)[channel] = first;
+                Entry(lines.down1, -2, g)[channel] = first;
             }
         }
     }
 
-    // The downward sums of each ray start beyond its own end.
+    // Upward behind what all four rays have, and downward; the downward sums of each ray start
+    // beyond its own end.
     void SumGroup(const SpectralLines& lines, const RayGroupPlan& plan) const {
+        const std::int32_t end = MostSteps(plan) + 2;
         for (int g = 0; g < kRaysInGroup; ++g) {
             const std::int32_t n = plan.rays[g].steps;
             for (int c = 0; c < kChannels; ++c) {
                 const std::ptrdiff_t channel = c * kRaysInGroup;
-                Entry(lines.down1, n + 2, g)[channel] = -Entry(lines.samples, n + 1, g)[channel];
+                double once = Entry(lines.up1, plan.common - 1, g)[channel];
+                double twice = Entry(lines.up2, plan.common - 1, g)[channel];
+                for (std::int32_t k = plan.common; k < end; ++k) {
+                    once = once + Entry(lines.down1, k, g)[channel];
+                    twice = twice + once;
+                    Entry(lines.up1, k, g)[channel] = once;
+                    Entry(lines.up2, k, g)[channel] = twice;
+                }
+                Entry(lines.down1, n + 2, g)[channel] = -Entry(lines.down1, n + 1, g)[channel];
                 Entry(lines.down2, n + 2, g)[channel] = 0.0;
                 Entry(lines.down1, n + 1, g)[channel] = 0.0;
                 Entry(lines.down2, n + 1, g)[channel] = 0.0;
-                double once = 0.0;
-                double twice = 0.0;
+                once = 0.0;
+                twice = 0.0;
                 for (std::int32_t k = n; k > plan.common; --k) {
-                    once = once + Entry(lines.samples, k, g)[channel];
+                    once = once + Entry(lines.down1, k, g)[channel];
                     twice = twice + once;
                     Entry(lines.down1, k, g)[channel] = once;
                     Entry(lines.down2, k, g)[channel] = twice;
                 }
             }
         }
-        kernels_->sum[kChannels](lines, MostSteps(plan), plan.common);
+        kernels_->sumDown[kChannels](lines, plan.common);
     }
 
     SpectralRule RuleOfGroup(const RayGroupPlan& plan) const {
@@ -181,6 +191,7 @@ private:
         rule.strength = this->strength;
         rule.zoomStart = this->zoomStart;
         rule.isShared = this->AreWindowsAlike();
+        rule.areAsLong = MostSteps(plan) == plan.common;
         rule.invertGradient = invert_gradient;
         return rule;
     }

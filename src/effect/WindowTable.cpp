@@ -2,7 +2,23 @@
 
 namespace mv {
 
-bool WindowTable::Fill(const WindowRule& rule, std::int32_t i, std::int32_t n) {
+std::int32_t FirstCutWindow(const WindowRule& rule, std::int32_t n) {
+    // Rounding may put neighbours out of order by less than a sample.
+    constexpr std::int32_t kSpare = 2;
+    std::int32_t whole = 0;
+    std::int32_t cut = n;
+    while (whole < cut) {
+        const std::int32_t i = whole + (cut - whole) / 2;
+        if (PlaceWindow(WindowLength(rule, i, 1.0), rule.zoomStart, i, n).isCut) {
+            cut = i;
+        } else {
+            whole = i + 1;
+        }
+    }
+    return cut > kSpare ? cut - kSpare : 0;
+}
+
+void WindowTable::Fill(const WindowRule& rule, std::int32_t i, std::int32_t n) {
     const double length = WindowLength(rule, i, 1.0);
     const Window window = PlaceWindow(length, rule.zoomStart, i, n);
     const auto low = static_cast<std::int32_t>(window.a + 1.0);
@@ -16,7 +32,6 @@ bool WindowTable::Fill(const WindowRule& rule, std::int32_t i, std::int32_t n) {
                      length > 1.0 ? length : 1.0,
                      high,
                      low};
-    return !window.isCut;
 }
 
 void WindowTable::FillAll(const WindowRule& rule, std::int32_t from, std::int32_t to,
@@ -27,14 +42,6 @@ void WindowTable::FillAll(const WindowRule& rule, std::int32_t from, std::int32_
     for (std::int32_t i = from; i < to; ++i) {
         Fill(rule, i, n);
     }
-}
-
-std::int32_t WindowTable::FillCut(const WindowRule& rule, std::int32_t n) {
-    std::int32_t first = n;
-    while (first > 0 && !Fill(rule, first - 1, n)) {
-        --first;
-    }
-    return first;
 }
 
 }  // namespace mv

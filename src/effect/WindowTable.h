@@ -40,6 +40,10 @@ inline Window PlaceWindow(double length, double zoomStart, std::int32_t i, std::
     return {a, b, isCut};
 }
 
+// The first step of a line of n samples from which on its end may cut windows: they move outward
+// from step to step, so the cut ones come last.
+std::int32_t FirstCutWindow(const WindowRule& rule, std::int32_t n);
+
 // The windows of the steps of a line; the memory is the owner's.
 class WindowTable {
 public:
@@ -51,15 +55,11 @@ public:
 
     void SetMemory(double* memory) { positions_ = reinterpret_cast<WindowPosition*>(memory); }
 
-    // Step i of a line of n samples. False when the line's end cut the window.
-    bool Fill(const WindowRule& rule, std::int32_t i, std::int32_t n);
+    // Step i of a line of n samples.
+    void Fill(const WindowRule& rule, std::int32_t i, std::int32_t n);
     // With kernels the fast form, for the same entries.
     void FillAll(const WindowRule& rule, std::int32_t from, std::int32_t to, std::int32_t n,
                  const RayKernels* kernels = nullptr);
-
-    // Fills the steps at the end of a line of n samples whose windows are cut, and gives the
-    // first of them: windows move outward from step to step, so the cut ones come last.
-    std::int32_t FillCut(const WindowRule& rule, std::int32_t n);
 
     // As of step i.
     const WindowPosition* From(std::int32_t i) const { return positions_ + i; }

@@ -1,6 +1,6 @@
 // The body of the ray kernels over the Vector4 of the including source file. Included inside its
-// unnamed namespace behind RaySumsBody.h, so that no function here is shared between instruction
-// sets.
+// unnamed namespace behind RaySumsBody.h and WindowKernelBody.h, so that no function here is shared
+// between instruction sets.
 
 // Floats from a lane's first pixel to another.
 inline std::ptrdiff_t PixelOffset(const RayGroup& group, std::int32_t pixel) {
@@ -181,36 +181,7 @@ inline void OwnMeans(Vector4* means, const double* const* lines,
     }
 }
 
-template <int channels, bool areShared>
-void ScatterSteps(RayGroup& group, const WindowPosition* const* windows) {
-    Vector4 minor = Load(group.minor);
-    const Vector4 slope = Load(group.slope);
-    for (std::int32_t i = 0; i < group.steps; ++i) {
-        Places places;
-        const bool allInside = FindPlaces(places, minor, group.minorSize);
-        Vector4 means[kRaysInGroup];
-        if constexpr (areShared) {
-            SharedMeans<channels>(means, group.line[0], windows[0][i]);
-        } else {
-            OwnMeans<channels>(means, group.line, windows, i);
-        }
-        float* sums = PassLane<channels>(*group.sums, group.lane + i, places.first[0]);
-        AddGroup<channels>(sums, places, allInside, means);
-        minor = minor + slope;
-    }
-    Store(group.minor, minor);
-}
-
-template <int channels>
-void Scatter(RayGroup& group, const WindowPosition* const* windows, bool areShared) {
-    if (areShared) {
-        ScatterSteps<channels, true>(group, windows);
-    } else {
-        ScatterSteps<channels, false>(group, windows);
-    }
-}
-
-// Steps that are sampled, meant over and added together: short loops one after the other, since the
+// Steps that are placed, meant over and added together: short loops one after the other, since the
 // additions to one pixel wait for each other.
 constexpr std::int32_t kStepsTogether = 8;
 
@@ -219,46 +190,111 @@ struct StepPlaces {
     bool areInside;
 };
 
-template <int channels, bool isRing>
-void BlurSteps(RayGroup& group, const WindowPosition* windows) {
+// The means of so many steps from i on, four vectors for each.
+template <int channels, bool areShared>
+inline void StepMeans(Vector4 (*means)[kRaysInGroup], const RayGroup& group,
+                      const RayWindows& windows, std::int32_t i, std::int32_t steps) {
+    if constexpr (areShared) {
+        for (std::int32_t s = 0; s < steps; ++s) {
+            SharedMeans<channels>(means[s], group.line[0], windows.shared[i + s]);
+        }
+    } else {
+        WindowPosition own[kRaysInGroup][kStepsTogether];
+        const WindowPosition* rays[kRaysInGroup];
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            rays[g] = own[g];
+            for (std::int32_t s = 0; s < steps; s += 4) {
+                FillFour(own[g] + s, windows.rules[g], windows.first[g] + i + s,
+                         windows.samples[g]);
+            }
+        }
+        for (std::int32_t s = 0; s < steps; ++s) {
+            OwnMeans<channels>(means[s], group.line, rays, s);
+        }
+    }
+}
+
+template <int channels>
+inline void AddSteps(const RayGroup& group, std::int32_t i, const StepPlaces* at,
+                     const Vector4 (*means)[kRaysInGroup], std::int32_t steps) {
+    for (std::int32_t s = 0; s < steps; ++s) {
+        const Places& here = at[s].places;
+        float* sums = PassLane<channels>(*group.sums, group.lane + i + s, here.first[0]);
+        AddGroup<channels>(sums, here, at[s].areInside, means[s]);
+    }
+}
+
+template <int channels, bool areShared>
+void ScatterSteps(RayGroup& group, const RayWindows& windows) {
+    Vector4 minor = Load(group.minor);
+    const Vector4 slope = Load(group.slope);
+    StepPlaces at[kStepsTogether];
+    Vector4 means[kStepsTogether][kRaysInGroup];
+    for (std::int32_t i = 0; i < group.steps; i += kStepsTogether) {
+        const std::int32_t left = group.steps - i;
+        const std::int32_t together = kStepsTogether < left ? kStepsTogether : left;
+        for (std::int32_t s = 0; s < together; ++s) {
+            at[s].areInside = FindPlaces(at[s].places, minor, group.minorSize);
+            minor = minor + slope;
+        }
+        StepMeans<channels, areShared>(means, group, windows, i, together);
+        AddSteps<channels>(group, i, at, means, together);
+    }
+    Store(group.minor, minor);
+}
+
+template <int channels>
+void Scatter(RayGroup& group, const RayWindows& windows) {
+    if (windows.shared != nullptr) {
+        ScatterSteps<channels, true>(group, windows);
+    } else {
+        ScatterSteps<channels, false>(group, windows);
+    }
+}
+
+template <int channels, bool isRing, bool areShared>
+void BlurSteps(RayGroup& group, const RayWindows& windows) {
     GrowingLines<channels> lines(group);
     Vector4 minor = Load(group.minor);
     const Vector4 slope = Load(group.slope);
     const float* row = group.image;
-    StepPlaces steps[kStepsTogether + 1];
-    steps[0].areInside = FindPlaces(steps[0].places, minor, group.minorSize);
+    StepPlaces at[kStepsTogether + 1];
+    Vector4 means[kStepsTogether][kRaysInGroup];
+    at[0].areInside = FindPlaces(at[0].places, minor, group.minorSize);
     for (std::int32_t i = 0; i < group.steps;) {
-        const std::int32_t together =
-            kStepsTogether < group.steps - i ? kStepsTogether : group.steps - i;
+        const std::int32_t left = group.steps - i;
+        const std::int32_t together = kStepsTogether < left ? kStepsTogether : left;
         for (std::int32_t s = 1; s <= together; ++s) {
             minor = minor + slope;
-            steps[s].areInside = FindPlaces(steps[s].places, minor, group.minorSize);
-            SampleStep<channels, isRing>(lines.sample, row, steps[s].places, group);
+            at[s].areInside = FindPlaces(at[s].places, minor, group.minorSize);
+            SampleStep<channels, isRing>(lines.sample, row, at[s].places, group);
             lines.Add();
-            Prefetch(row, steps[s].places, group);
+            Prefetch(row, at[s].places, group);
             row += group.imageStep;
         }
-        Vector4 means[kStepsTogether][kRaysInGroup];
-        for (std::int32_t s = 0; s < together; ++s) {
-            SharedMeans<channels>(means[s], group.line[0], windows[i + s]);
-        }
-        for (std::int32_t s = 0; s < together; ++s) {
-            const Places& here = steps[s].places;
-            float* sums = PassLane<channels>(*group.sums, group.lane + i + s, here.first[0]);
-            AddGroup<channels>(sums, here, steps[s].areInside, means[s]);
-        }
-        steps[0] = steps[together];
+        StepMeans<channels, areShared>(means, group, windows, i, together);
+        AddSteps<channels>(group, i, at, means, together);
+        at[0] = at[together];
         i += together;
     }
     Store(group.minor, minor);
     lines.StoreLast(group.last);
 }
 
-template <int channels>
-void Blur(RayGroup& group, const WindowPosition* windows) {
-    if (group.imageMask >= 0) {
-        BlurSteps<channels, true>(group, windows);
+template <int channels, bool isRing>
+void BlurWindows(RayGroup& group, const RayWindows& windows) {
+    if (windows.shared != nullptr) {
+        BlurSteps<channels, isRing, true>(group, windows);
     } else {
-        BlurSteps<channels, false>(group, windows);
+        BlurSteps<channels, isRing, false>(group, windows);
+    }
+}
+
+template <int channels>
+void Blur(RayGroup& group, const RayWindows& windows) {
+    if (group.imageMask >= 0) {
+        BlurWindows<channels, true>(group, windows);
+    } else {
+        BlurWindows<channels, false>(group, windows);
     }
 }

@@ -51,6 +51,14 @@ struct WindowPosition {
     std::int32_t low;
 };
 
+// The windows of four rays' steps.
+struct RayWindows {
+    const WindowPosition* shared;  // from the first step on; null where each ray has its own
+    WindowRule rules[kRaysInGroup];
+    std::int32_t first[kRaysInGroup];    // the first step on each ray's line
+    std::int32_t samples[kRaysInGroup];  // of each ray's line
+};
+
 // Doubles of one entry of the lines of a group: four for each ray, channels and padding, or, with
 // one channel, one for each ray.
 constexpr int EntryDoubles(int channels) {
@@ -66,15 +74,14 @@ struct RayKernels {
     // Samples steps entries of the lines and sums them onto the entry before. minor comes back as
     // the coordinates behind the last step.
     void (*sample[5])(RayGroup& group);
-    // Adds each step's window mean, weighted, to the sums of its lane. windows[g] is ray g's at the
-    // first step; with areShared the lines start together and windows[0] is every ray's. minor
-    // comes back as in sample.
-    void (*scatter[5])(RayGroup& group, const WindowPosition* const* windows, bool areShared);
-    // Both in one go, for windows that reach no farther than their step: each step is added when
-    // the next one has been sampled. lines and image are those of the step behind the first, which
-    // has been sampled already; minor and lane are the first's, and minor comes back as that of the
-    // step behind the last. line[0] as in scatter.
-    void (*blur[5])(RayGroup& group, const WindowPosition* windows);
+    // Adds each step's window mean, weighted, to the sums of its lane. With shared windows the
+    // lines start together. minor comes back as in sample.
+    void (*scatter[5])(RayGroup& group, const RayWindows& windows);
+    // Both in one go, for windows that reach no farther than their step: steps are added when the
+    // ones behind them have been sampled. lines and image are those of the step behind the first,
+    // which has been sampled already; minor and lane are the first's, and minor comes back as that
+    // of the step behind the last. line[] as in scatter.
+    void (*blur[5])(RayGroup& group, const RayWindows& windows);
     // Fills the windows of steps from on, on a line of n samples, as many as make whole vectors,
     // and gives the first step that is left.
     std::int32_t (*fillWindows)(WindowPosition* windows, const WindowRule& rule, std::int32_t from,

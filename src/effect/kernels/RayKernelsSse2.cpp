@@ -14,9 +14,9 @@ namespace {
 
 #include "effect/kernels/RaySumsBody.h"
 
-#include "effect/kernels/RayKernelBody.h"
-
 #include "effect/kernels/WindowKernelBody.h"
+
+#include "effect/kernels/RayKernelBody.h"
 
 }  // namespace
 

@@ -105,36 +105,63 @@ inline void DivideByAlpha(Vector4* pixels, double white) {
     }
 }
 
-inline void LoadPixels(Vector4* channels, const double* from) {
-    for (int i = 0; i < 4; ++i) {
-        channels[i] = Load(from + 4 * i);
-    }
-    Transpose(channels);
-}
-
-void BlendOver(std::int32_t* out, const double* toned, const double* backdrop, double white,
-               double inverseWhite) {
+// Four weighted pixels, each channel in a vector, made straight and laid over those in backdrop,
+// which takes what is stored.
+inline void LayOver(Vector4* backdrop, Vector4* s, double white, double inverseWhite) {
     const Vector4 zero = Set(0.0);
     const Vector4 top = Set(white);
-    Vector4 s[4];
-    Vector4 d[4];
-    LoadPixels(s, toned);
-    LoadPixels(d, backdrop);
     s[3] = Minimum(Maximum(s[3], zero), top);
     const Vector4 most = Maximum(Maximum(s[0], s[1]), s[2]);
     s[3] = Choose(Greater(most, s[3]), Minimum(most, top), s[3]);
     DivideByAlpha(s, white);
     const Vector4 sourceAlpha = s[3] * Set(inverseWhite);
     const Vector4 keep = Set(1.0) - sourceAlpha;
-    const Vector4 backdropShare = keep * (d[3] * Set(inverseWhite));
+    const Vector4 backdropShare = keep * (backdrop[3] * Set(inverseWhite));
     for (int c = 0; c < 3; ++c) {
-        d[c] = backdropShare * d[c] + sourceAlpha * s[c];
+        backdrop[c] = backdropShare * backdrop[c] + sourceAlpha * s[c];
     }
-    d[3] = keep * d[3] + s[3];
-    DivideByAlpha(d, white);
-    Transpose(d);
-    for (int i = 0; i < 4; ++i) {
-        StoreTruncated(out + 4 * i, Minimum(Maximum(d[i], zero), top));
+    backdrop[3] = keep * backdrop[3] + s[3];
+    DivideByAlpha(backdrop, white);
+    for (int c = 0; c < 4; ++c) {
+        backdrop[c] = Minimum(Maximum(backdrop[c], zero), top);
+    }
+}
+
+// Four toned pixels from the first one on, each channel in a vector.
+inline void LoadToned(Vector4* channels, const TonedPixels& pixels, std::ptrdiff_t first) {
+    std::int32_t indices[16];
+    for (int i = 0; i < 16; i += 4) {
+        StoreIntegers(indices + i, Least(LoadIntegers(pixels.indices + first * 4 + i),
+                                         SetIntegers(pixels.lastIndex)));
+    }
+    const float* table = pixels.toneTable;
+    for (int c = 0; c < 3; ++c) {
+        channels[c] = Widen(_mm_setr_ps(table[indices[c]], table[indices[4 + c]],
+                                        table[indices[8 + c]], table[indices[12 + c]]));
+    }
+    const double* alpha = pixels.colors + first * 4 + 3;
+    const double alphas[] = {alpha[0], alpha[4], alpha[8], alpha[12]};
+    channels[3] = Load(alphas);
+}
+
+template <int sampleBytes>
+void BlendOver(unsigned char* out, const unsigned char* in, const TonedPixels& pixels,
+               std::int32_t count) {
+    constexpr std::ptrdiff_t step = 4 * 4 * sampleBytes;
+    for (std::ptrdiff_t x = 0; x < count; x += 4, in += step, out += step) {
+        Vector4 toned[4];
+        LoadToned(toned, pixels, x);
+        Integers4 samples[4];
+        UnpackPixels<sampleBytes>(samples, in);
+        Vector4 result[4];
+        for (int c = 0; c < 4; ++c) {
+            result[c] = ToDoubles(samples[c]);
+        }
+        LayOver(result, toned, pixels.white, pixels.inverseWhite);
+        for (int c = 0; c < 4; ++c) {
+            samples[c] = Truncate(result[c]);
+        }
+        PackPixels<sampleBytes>(out, samples);
     }
 }
 

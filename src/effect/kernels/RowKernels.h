@@ -18,6 +18,17 @@ struct ShiftedColumns {
     const std::int32_t* runEnds;
 };
 
+// Pixels of three weighted colours and alpha, 0..white: the alpha behind each three of colors, and
+// for each channel the index into the tone table, which ends with lastIndex.
+struct TonedPixels {
+    const double* colors;
+    const std::int32_t* indices;
+    const float* toneTable;
+    std::int32_t lastIndex;
+    double white;
+    double inverseWhite;
+};
+
 struct RowKernels {
     // Takes count floats of an encoded signal, 0..white, into linear light in place. With period
     // channels a pixel, channel skip (alpha; -1 for none) stays as it is.
@@ -35,11 +46,11 @@ struct RowKernels {
     // Indices into the tone table, from weighted colours: contrast, clamp to 0..white, scale.
     void (*toneIndices)(std::int32_t* out, const double* colors, std::int32_t count,
                         double contrast, double white, double indexScale);
-    // Four pixels of three colours and alpha: toned weighted colours become straight and are laid
-    // over the backdrop's, 0..white; out takes what is stored. See Unpremultiply and the blend
-    // mode "normal".
-    void (*blendOver)(std::int32_t* out, const double* toned, const double* backdrop, double white,
-                      double inverseWhite);
+    // Pixels of three colours and alpha, packed, with samples of one or two bytes; a multiple of
+    // four of them. Weighted colours are toned, become straight and are laid over what is in. in
+    // and out may be one. See Unpremultiply and the blend mode "normal".
+    void (*blendOver[3])(unsigned char* out, const unsigned char* in, const TonedPixels& pixels,
+                         std::int32_t count);
 };
 
 // Null where the plain form is to be used.

@@ -23,6 +23,6 @@ extern const RowKernels kRowKernelsSse2 = {
     {nullptr, &ShiftToFloat<1>, &ShiftToFloat<2>, &ShiftToFloat<3>, &ShiftToFloat<4>},
     {nullptr, &Normalize<1>, &Normalize<2>, &Normalize<3>, &Normalize<4>},
     &ToneIndices,
-    &BlendOver};
+    {nullptr, &BlendOver<1>, &BlendOver<2>}};
 
 }  // namespace mv

@@ -1,225 +1,188 @@
 // The body of the spectral kernels over the Vector4 of the including source file. Included inside
-// its unnamed namespace, behind RayKernelBody.h. Positions on the line are one double where the
-// four rays share their windows, and a Vector4 where they do not.
+// its unnamed namespace, behind SpectralPlaceBody.h.
 
-inline double Floor(double x) {
-    const auto whole = static_cast<double>(static_cast<std::int32_t>(x));
-    return whole > x ? whole - 1.0 : whole;
-}
-
-// For positions, which are never negative here.
-inline double Truncate(double x) {
-    return static_cast<double>(static_cast<std::int32_t>(x));
-}
-inline Vector4 Truncate(Vector4 x) {
-    return Floor(x);
-}
-
-inline Vector4 Lanes(double x) {
-    return Set(x);
-}
-inline Vector4 Lanes(Vector4 x) {
-    return x;
-}
-
-// shifted where the length is too short, else position.
-inline double ChooseShort(bool isShort, double shifted, double position) {
-    return isShort ? shifted : position;
-}
-inline Vector4 ChooseShort(Vector4 isShort, Vector4 shifted, Vector4 position) {
-    return Choose(isShort, shifted, position);
-}
-inline bool IsNotAbove(double x, double bound) {
-    return !(x > bound);
-}
-inline Vector4 IsNotAbove(Vector4 x, double bound) {
-    return NotGreater(x, Set(bound));
-}
-inline bool IsBelow(double x, double bound) {
-    return !(x >= bound);
-}
-inline Vector4 IsBelow(Vector4 x, double bound) {
-    return NotGreaterOrEqual(x, Set(bound));
-}
-
-inline double MakePosition(double, double value) {
-    return value;
-}
-inline Vector4 MakePosition(Vector4, double value) {
-    return Set(value);
-}
-
-// Border x of a window, cut to a line of n samples; a NaN becomes 0.
-inline double CutBorder(double x, double n) {
-    const double positive = x >= 0.0 ? x : 0.0;
-    return positive >= n ? n - 1.0 : positive;
-}
-inline Vector4 CutBorder(Vector4 x, Vector4 n) {
-    const Vector4 positive = Maximum(x, Set(0.0));
-    return Choose(NotGreater(n, positive), n - Set(1.0), positive);
-}
-
-// Linear look-up in a table of one channel of four rays.
+// One step of four rays that share its window, which is one of the four that were placed.
 template <int channels>
-struct RayTable {
-    const double* entries;
+struct SharedWindow {
+    int step;
 
-    Vector4 At(double x) const {
-        const double floor = Floor(x);
-        const double f = x - floor;
-        const double* entry = entries + static_cast<std::ptrdiff_t>(floor) * (channels * 4);
-        return Set(1.0 - f) * Load(entry) + Set(f) * Load(entry + channels * 4);
+    Vector4 At(const double* table, const TablePlaces& places) const {
+        const double* entry = table + places.offset[step];
+        return Set(places.keep[step]) * Load(entry) +
+               Set(places.share[step]) * Load(entry + channels * 4);
     }
 
-    Vector4 At(Vector4 x) const {
-        const Vector4 floor = Floor(x);
-        const Vector4 f = x - floor;
-        std::int32_t index[4];
-        StoreTruncated(index, floor);
-        const Vector4 low = Gather(entries, index, channels * 4);
-        const Vector4 high = Gather(entries + channels * 4, index, channels * 4);
-        return (Set(1.0) - f) * low + f * high;
-    }
+    Vector4 Number(const double* numbers) const { return Set(numbers[step]); }
 };
 
-template <int channels, class Position>
+// One step of four rays, each with its own window.
+template <int channels>
+struct OwnWindows {
+    Vector4 At(const double* table, const TablePlaces& places) const {
+        return Load(places.keep) * Gather(table, places.offset, 1) +
+               Load(places.share) * Gather(table + channels * 4, places.offset, 1);
+    }
+
+    Vector4 Number(const double* numbers) const { return Load(numbers); }
+};
+
+// Means of one channel, over segments that have been placed.
+template <class Windows>
 struct SpectralMeans {
     const SpectralLines& lines;
+    Windows windows;
 
-    RayTable<channels> Of(const double* table, int c) const { return {table + c * 4}; }
-
-    Vector4 Box(int c, Position a, Position b) const {
-        const Position one = MakePosition(a, 1.0);
-        const Position low = ChooseShort(IsNotAbove(b - a, 1.0), a - (one - (b - a)), a);
-        const RayTable<channels> up1 = Of(lines.up1, c);
-        return (up1.At(b) - up1.At(low)) / Lanes(b - low);
+    Vector4 Box(int c, const BoxPlaces& box) const {
+        const double* up1 = lines.up1 + c * 4;
+        return (windows.At(up1, box.high) - windows.At(up1, box.low)) / windows.Number(box.divisor);
     }
 
-    Vector4 Fall(int c, Position a, Position b) const {
-        const Position one = MakePosition(a, 1.0);
-        const Position low = ChooseShort(IsBelow(b - a, 1.0), a - (one - (b - a)), a);
-        const Position m = b - low;
-        const Position k = Truncate(m);
-        const Position f = m - k;
-        const Position e = b - f;
-        const RayTable<channels> up1 = Of(lines.up1, c);
-        const RayTable<channels> up2 = Of(lines.up2, c);
-        const Vector4 sum = up2.At(e) - up2.At(low) - Lanes(e - low) * up1.At(low) +
-                            Lanes(f) * (up1.At(e + one) - up1.At(e));
-        return sum / Lanes(k * (k + one) * MakePosition(a, 0.5) + f);
+    Vector4 Fall(int c, const SlopePlaces& slope) const {
+        const double* up1 = lines.up1 + c * 4;
+        const double* up2 = lines.up2 + c * 4;
+        const Vector4 sum = windows.At(up2, slope.inner) - windows.At(up2, slope.outer) -
+                            windows.Number(slope.reach) * windows.At(up1, slope.outer) +
+                            windows.Number(slope.rest) *
+                                (windows.At(up1, slope.behind) - windows.At(up1, slope.inner));
+        return sum / windows.Number(slope.divisor);
     }
 
-    Vector4 Rise(int c, Position a, Position b) const {
-        const Position one = MakePosition(a, 1.0);
-        const Position high = ChooseShort(IsBelow(b - a, 1.0), b + (one - (b - a)), b);
-        const Position m = high - a;
-        const Position k = Truncate(m);
-        const Position f = m - k;
-        const Position e = a + f;
-        const RayTable<channels> down1 = Of(lines.down1, c);
-        const RayTable<channels> down2 = Of(lines.down2, c);
-        const Vector4 sum = down2.At(e) - down2.At(high) - Lanes(high - e) * down1.At(high) +
-                            Lanes(f) * (down1.At(e - one) - down1.At(e + one)) * Set(0.5);
-        return sum / Lanes(k * (k + one) * MakePosition(a, 0.5) + f);
+    Vector4 Rise(int c, const SlopePlaces& slope) const {
+        const double* down1 = lines.down1 + c * 4;
+        const double* down2 = lines.down2 + c * 4;
+        const Vector4 sum =
+            windows.At(down2, slope.inner) - windows.At(down2, slope.outer) -
+            windows.Number(slope.reach) * windows.At(down1, slope.outer) +
+            windows.Number(slope.rest) *
+                (windows.At(down1, slope.before) - windows.At(down1, slope.behind)) * Set(0.5);
+        return sum / windows.Number(slope.divisor);
     }
 };
 
-// The channels of one step of four rays, each channel in a vector. p: the window's six borders.
-template <int colors, int channels, class Position>
-inline void SpectralValues(Vector4* out, const Position* p, const SpectralLines& lines,
-                           bool invertGradient) {
-    const SpectralMeans<channels, Position> mean{lines};
+// The channels of one step of four rays, each channel in a vector.
+template <int colors, int channels, bool isInverted, class Windows>
+inline void SpectralValues(Vector4* out, const SpectralPlaces& places, const SpectralLines& lines,
+                           Windows windows) {
+    const SpectralMeans<Windows> mean{lines, windows};
     const Vector4 half = Set(0.5);
-    out[0] = invertGradient ? ((mean.Rise(0, p[4], p[5]) + mean.Fall(0, p[1], p[2])) * half +
-                               mean.Box(0, p[0], p[1])) *
-                                  half
-                            : ((mean.Fall(0, p[0], p[1]) + mean.Rise(0, p[3], p[4])) * half +
-                               mean.Box(0, p[4], p[5])) *
-                                  half;
+    out[0] = ((mean.Fall(0, places.fall[0]) + mean.Rise(0, places.rise[0])) * half +
+              mean.Box(0, places.box[0])) *
+             half;
     if constexpr (colors > 1) {
-        const Vector4 third = Set(0.3333333333333333);
-        out[1] = invertGradient ? ((mean.Fall(1, p[3], p[4]) + mean.Rise(1, p[0], p[1])) * half +
-                                   mean.Box(1, p[1], p[2]) + mean.Box(1, p[2], p[3])) *
-                                      third
-                                : ((mean.Rise(1, p[1], p[2]) + mean.Fall(1, p[4], p[5])) * half +
-                                   mean.Box(1, p[3], p[4]) + mean.Box(1, p[2], p[3])) *
-                                      third;
+        out[1] = ((mean.Fall(1, places.fall[1]) + mean.Rise(1, places.rise[1])) * half +
+                  mean.Box(1, places.box[1]) + mean.Box(1, places.box[2])) *
+                 Set(0.3333333333333333);
     }
     if constexpr (colors > 2) {
-        out[2] = invertGradient ? (mean.Rise(2, p[2], p[3]) * half + mean.Box(2, p[3], p[4]) +
-                                   mean.Box(2, p[4], p[5])) *
-                                      Set(0.4)
-                                : (mean.Fall(2, p[2], p[3]) * half + mean.Box(2, p[1], p[2]) +
-                                   mean.Box(2, p[0], p[1])) *
-                                      Set(0.4);
+        const Vector4 slope =
+            isInverted ? mean.Rise(2, places.rise[2]) : mean.Fall(2, places.fall[2]);
+        out[2] =
+            (slope * half + mean.Box(2, places.box[3]) + mean.Box(2, places.box[4])) * Set(0.4);
     }
     if constexpr (channels > colors) {
-        out[colors] = mean.Box(colors, p[0], p[5]);
+        out[colors] = mean.Box(colors, places.whole);
+    }
+    for (int c = channels; c < 4 && channels > 1; ++c) {
+        out[c] = Set(0.0);
     }
 }
 
-template <class Position, class Count>
-inline void MakeBorders(Position* p, Position length, double zoomStart, double i, Count n) {
-    const Position w0 = MakePosition(length, i) - MakePosition(length, zoomStart + 0.5) * length;
-    p[0] = CutBorder(w0, n);
-    p[1] = CutBorder(w0 + MakePosition(length, 0.2) * length, n);
-    p[2] = CutBorder(w0 + MakePosition(length, 0.4) * length, n);
-    p[3] = CutBorder(w0 + MakePosition(length, 0.6) * length, n);
-    p[4] = CutBorder(w0 + MakePosition(length, 0.8) * length, n);
-    p[5] = CutBorder(w0 + length, n);
-}
+// Steps whose windows are placed together, as lanes of a vector.
+constexpr std::int32_t kWindowsTogether = 4;
 
-template <int colors, int channels>
-inline void StepValues(Vector4* out, const SpectralLines& lines, const SpectralRule& rule,
-                       double i) {
-    if (rule.isShared) {
-        const double wanted = i * rule.strength;
+// Whether the four rays' windows are the same at so many steps from i on. Lines of different
+// lengths cut their windows differently.
+inline bool AreWindowsShared(const SpectralRule& rule, std::int32_t i, std::int32_t steps) {
+    if (!rule.isShared || rule.areAsLong) {
+        return rule.isShared;
+    }
+    for (std::int32_t step = i; step < i + steps; ++step) {
+        const double wanted = step * rule.strength;
         const double length = wanted > 0.0 ? wanted : 0.0;
-        const double w0 = i - (rule.zoomStart + 0.5) * length;
-        // Lines of different lengths cut their windows differently.
-        if (w0 < rule.fewestSteps && w0 + length < rule.fewestSteps) {
-            double p[6];
-            MakeBorders(p, length, rule.zoomStart, i, rule.fewestSteps);
-            SpectralValues<colors, channels>(out, p, lines, rule.invertGradient);
-            return;
+        const double first = step - (rule.zoomStart + 0.5) * length;
+        if (!(first < rule.fewestSteps && first + length < rule.fewestSteps)) {
+            return false;
         }
     }
-    const Vector4 wanted =
-        (Load(rule.startDistance) + Set(i) - Load(rule.holdout)) * Set(rule.strength);
-    const Vector4 length = Maximum(wanted, Set(0.0));
-    Vector4 p[6];
-    MakeBorders(p, length, rule.zoomStart, i, Load(rule.steps));
-    SpectralValues<colors, channels>(out, p, lines, rule.invertGradient);
+    return true;
+}
+
+// The values of up to kWindowsTogether steps from i on, four vectors for each.
+template <int colors, int channels, bool isInverted>
+inline void StepValues(Vector4* values, const SpectralLines& lines, const SpectralRule& rule,
+                       std::int32_t i, std::int32_t steps) {
+    SpectralPlaces places;
+    if (AreWindowsShared(rule, i, steps)) {
+        const double first = i;
+        const double all[] = {first, first + 1.0, first + 2.0, first + 3.0};
+        const Vector4 length = Maximum(Load(all) * Set(rule.strength), Set(0.0));
+        PlaceWindows<colors, channels, isInverted>(places, length, Load(all), Set(rule.fewestSteps),
+                                                   rule.zoomStart);
+        for (std::int32_t s = 0; s < steps; ++s) {
+            SpectralValues<colors, channels, isInverted>(values + 4 * s, places, lines,
+                                                         SharedWindow<channels>{s});
+        }
+        return;
+    }
+    for (std::int32_t s = 0; s < steps; ++s) {
+        const Vector4 step = Set(i + s);
+        const Vector4 length = Maximum(
+            (Load(rule.startDistance) + step - Load(rule.holdout)) * Set(rule.strength), Set(0.0));
+        PlaceWindows<colors, channels, isInverted>(places, length, step, Load(rule.steps),
+                                                   rule.zoomStart);
+        SpectralValues<colors, channels, isInverted>(values + 4 * s, places, lines,
+                                                     OwnWindows<channels>{});
+    }
+}
+
+template <int colors, int channels, bool isInverted>
+void SpectralScatterSteps(RayGroup& group, const SpectralLines& lines, const SpectralRule& rule,
+                          std::int32_t from) {
+    Vector4 minor = Load(group.minor);
+    const Vector4 slope = Load(group.slope);
+    for (std::int32_t i = 0; i < group.steps; i += kWindowsTogether) {
+        const std::int32_t left = group.steps - i;
+        const std::int32_t steps = kWindowsTogether < left ? kWindowsTogether : left;
+        Vector4 values[4 * kWindowsTogether];
+        StepValues<colors, channels, isInverted>(values, lines, rule, from + i, steps);
+        for (std::int32_t s = 0; s < steps; ++s) {
+            Places places;
+            const bool allInside = FindPlaces(places, minor, group.minorSize);
+            float* sums = PassLane<channels>(*group.sums, group.lane + i + s, places.first[0]);
+            if constexpr (channels > 1) {
+                Transpose(values + 4 * s);
+            }
+            AddGroup<channels>(sums, places, allInside, values + 4 * s);
+            minor = minor + slope;
+        }
+    }
+    Store(group.minor, minor);
 }
 
 template <int colors, int channels>
 void SpectralScatter(RayGroup& group, const SpectralLines& lines, const SpectralRule& rule,
                      std::int32_t from) {
-    Vector4 minor = Load(group.minor);
-    const Vector4 slope = Load(group.slope);
-    for (std::int32_t i = 0; i < group.steps; ++i) {
-        Places places;
-        const bool allInside = FindPlaces(places, minor, group.minorSize);
-        Vector4 values[4] = {Set(0.0), Set(0.0), Set(0.0), Set(0.0)};
-        StepValues<colors, channels>(values, lines, rule, from + i);
-        float* sums = PassLane<channels>(*group.sums, group.lane + i, places.first[0]);
-        if constexpr (channels == 1) {
-            AddGroup<1>(sums, places, allInside, values);
-        } else {
-            Transpose(values);
-            AddGroup<channels>(sums, places, allInside, values);
-        }
-        minor = minor + slope;
+    if (rule.invertGradient) {
+        SpectralScatterSteps<colors, channels, true>(group, lines, rule, from);
+    } else {
+        SpectralScatterSteps<colors, channels, false>(group, lines, rule, from);
     }
-    Store(group.minor, minor);
 }
 
 template <int channels, bool isRing>
-void SpectralSampleSteps(RayGroup& group, double* samples) {
+void SpectralSampleSteps(RayGroup& group, const SpectralLines& lines) {
+    constexpr std::ptrdiff_t stride = channels * 4;
     Vector4 minor = Load(group.minor);
     const Vector4 slope = Load(group.slope);
     const float* row = group.image;
-    for (std::int32_t i = 0; i < group.steps; ++i) {
+    Vector4 once[4];
+    Vector4 twice[4];
+    for (int c = 0; c < channels; ++c) {
+        once[c] = Set(0.0);
+        twice[c] = Set(0.0);
+    }
+    std::ptrdiff_t entry = 0;
+    for (std::int32_t i = 0; i < group.steps; ++i, entry += stride) {
         Places places;
         FindPlaces(places, minor, group.minorSize);
         Vector4 rays[kRaysInGroup];
@@ -228,8 +191,11 @@ void SpectralSampleSteps(RayGroup& group, double* samples) {
             Transpose(rays);
         }
         for (int c = 0; c < channels; ++c) {
-            Store(samples, rays[c]);
-            samples += 4;
+            once[c] = once[c] + rays[c];
+            twice[c] = twice[c] + once[c];
+            Store(lines.down1 + entry + c * 4, rays[c]);
+            Store(lines.up1 + entry + c * 4, once[c]);
+            Store(lines.up2 + entry + c * 4, twice[c]);
         }
         minor = minor + slope;
         row += group.imageStep;
@@ -238,30 +204,22 @@ void SpectralSampleSteps(RayGroup& group, double* samples) {
 }
 
 template <int channels>
-void SpectralSample(RayGroup& group, double* samples) {
+void SpectralSample(RayGroup& group, const SpectralLines& lines) {
     if (group.imageMask >= 0) {
-        SpectralSampleSteps<channels, true>(group, samples);
+        SpectralSampleSteps<channels, true>(group, lines);
     } else {
-        SpectralSampleSteps<channels, false>(group, samples);
+        SpectralSampleSteps<channels, false>(group, lines);
     }
 }
 
 template <int channels>
-void SpectralSum(const SpectralLines& lines, std::int32_t steps, std::int32_t fewest) {
+void SpectralSumDown(const SpectralLines& lines, std::int32_t from) {
     constexpr std::ptrdiff_t stride = channels * 4;
     for (int c = 0; c < channels; ++c) {
-        Vector4 once = Set(0.0);
-        Vector4 twice = Set(0.0);
-        for (std::ptrdiff_t k = 0; k <= steps + 1; ++k) {
-            once = once + Load(lines.samples + k * stride + c * 4);
-            twice = twice + once;
-            Store(lines.up1 + k * stride + c * 4, once);
-            Store(lines.up2 + k * stride + c * 4, twice);
-        }
-        once = Load(lines.down1 + (fewest + 1) * stride + c * 4);
-        twice = Load(lines.down2 + (fewest + 1) * stride + c * 4);
-        for (std::ptrdiff_t k = fewest; k >= -2; --k) {
-            once = once + Load(lines.samples + k * stride + c * 4);
+        Vector4 once = Load(lines.down1 + (from + 1) * stride + c * 4);
+        Vector4 twice = Load(lines.down2 + (from + 1) * stride + c * 4);
+        for (std::ptrdiff_t k = from; k >= -2; --k) {
+            once = once + Load(lines.down1 + k * stride + c * 4);
             twice = twice + once;
             Store(lines.down1 + k * stride + c * 4, once);
             Store(lines.down2 + k * stride + c * 4, twice);

@@ -8,9 +8,9 @@
 namespace mv {
 
 // Lines of four rays: entry k, channel c of ray g lies at (k * channels + c) * 4 + g. Entries -2
-// to n + 2. up and down hold running sums, once and twice, upward and downward.
+// to n + 2. up and down hold running sums, once and twice, upward and downward; down1 holds the
+// samples until they are summed.
 struct SpectralLines {
-    double* samples;
     double* up1;
     double* up2;
     double* down1;
@@ -25,16 +25,18 @@ struct SpectralRule {
     double fewestSteps;
     double strength;
     double zoomStart;
-    bool isShared;  // neither distance nor holdout: the four rays' windows are the same
+    bool isShared;   // neither distance nor holdout: the four rays' windows are the same
+    bool areAsLong;  // and so are their lines
     bool invertGradient;
 };
 
 struct SpectralKernels {
-    // Samples group.steps entries of the four lines. prefix and last are not used.
-    void (*sample[5])(RayGroup& group, double* samples);
-    // Sums entries 0 to steps + 1 upward, and fewest to -2 downward onto entry fewest + 1, for all
-    // four rays; what lies above in longer lines is the caller's.
-    void (*sum[5])(const SpectralLines& lines, std::int32_t steps, std::int32_t fewest);
+    // Samples group.steps entries of the four lines, from 0 on, and sums them upward. prefix and
+    // last are not used.
+    void (*sample[5])(RayGroup& group, const SpectralLines& lines);
+    // Sums samples from to -2 downward onto entry from + 1, for all four rays; what lies above in
+    // longer lines is the caller's.
+    void (*sumDown[5])(const SpectralLines& lines, std::int32_t from);
     // Adds the windows of the steps from on, group.steps of them, to the sums of their lanes.
     // colors is channels, or one less when the last is alpha.
     void (*scatter[5][2])(RayGroup& group, const SpectralLines& lines, const SpectralRule& rule,

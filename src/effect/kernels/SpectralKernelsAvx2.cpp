@@ -14,7 +14,11 @@ namespace {
 
 #include "effect/kernels/RaySumsBody.h"
 
+#include "effect/kernels/WindowKernelBody.h"
+
 #include "effect/kernels/RayKernelBody.h"
+
+#include "effect/kernels/SpectralPlaceBody.h"
 
 #include "effect/kernels/SpectralKernelBody.h"
 
@@ -22,7 +26,7 @@ namespace {
 
 extern const SpectralKernels kSpectralKernelsAvx2 = {
     {nullptr, &SpectralSample<1>, &SpectralSample<2>, &SpectralSample<3>, &SpectralSample<4>},
-    {nullptr, &SpectralSum<1>, &SpectralSum<2>, &SpectralSum<3>, &SpectralSum<4>},
+    {nullptr, &SpectralSumDown<1>, &SpectralSumDown<2>, &SpectralSumDown<3>, &SpectralSumDown<4>},
     {{nullptr, nullptr},
      {&SpectralScatter<1, 1>, nullptr},
      {&SpectralScatter<2, 2>, &SpectralScatter<1, 2>},

@@ -158,3 +158,9 @@ inline Integers4 operator*(Integers4 a, Integers4 b) {
 inline Integers4 Least(Integers4 a, Integers4 b) {
     return {_mm_min_epi32(a.all, b.all)};
 }
+inline Vector4 ToDoubles(Integers4 v) {
+    return {_mm256_cvtepi32_pd(v.all)};
+}
+inline Integers4 Truncate(Vector4 v) {
+    return {_mm256_cvttpd_epi32(v.all)};
+}

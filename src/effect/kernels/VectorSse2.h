@@ -187,3 +187,9 @@ inline Integers4 Least(Integers4 a, Integers4 b) {
     const __m128i isLess = _mm_cmplt_epi32(a.all, b.all);
     return {_mm_or_si128(_mm_and_si128(isLess, a.all), _mm_andnot_si128(isLess, b.all))};
 }
+inline Vector4 ToDoubles(Integers4 v) {
+    return {_mm_cvtepi32_pd(v.all), _mm_cvtepi32_pd(_mm_unpackhi_epi64(v.all, v.all))};
+}
+inline Integers4 Truncate(Vector4 v) {
+    return {_mm_unpacklo_epi64(_mm_cvttpd_epi32(v.lower), _mm_cvttpd_epi32(v.upper))};
+}

@@ -76,6 +76,26 @@ TEST_P(EveryInstructionSet, GivesThePlainFormsBytesInAllShapesAndModes) {
     }
 }
 
+// Planes that are no channels lie between the pixels, and stay as they were.
+TEST_P(EveryInstructionSet, GivesThePlainFormsBytesBetweenFurtherPlanes) {
+    const InstructionSet set = GetParam();
+    TestFilter one(1);
+    for (const int depth : {8, 16, 32}) {
+        for (const TestShape& shape : {TestShape{3, true, depth, 5}, TestShape{3, true, depth, 7},
+                                       TestShape{3, false, depth, 4}}) {
+            for (const Settings& settings : kSettings) {
+                TestPicture picture = test::MakeNoise(shape, 61, 43, 7, settings.withMask);
+                ForceInstructionSet(InstructionSet::Plain);
+                const auto expected = Render(one, picture, settings, 1);
+                ForceInstructionSet(set);
+                EXPECT_EQ(Render(one, picture, settings, 1), expected)
+                    << shape.planes << " planes, depth " << depth << ", origin "
+                    << settings.originX;
+            }
+        }
+    }
+}
+
 // Larger than what of it is in memory at a time.
 TEST_P(EveryInstructionSet, GivesThePlainFormsBytesInALargerPicture) {
     const InstructionSet set = GetParam();
