@@ -60,11 +60,11 @@ public:
         }
     }
 
-    // The blurred pixel itself replaces the source, and nothing but the table shapes it.
-    bool StoresTableAlone() const {
-        return kIsInteger && !HostPixel::kHasAlpha && settings.blend == kBlendNormal &&
-               !settings.adjustOn;
+    // The blurred pixel itself replaces the source, and nothing but the tone curve shapes it.
+    bool StoresToneAlone() const {
+        return !HostPixel::kHasAlpha && settings.blend == kBlendNormal && !settings.adjustOn;
     }
+    bool StoresTableAlone() const { return kIsInteger && StoresToneAlone(); }
 
     void ComposeRow(std::int32_t y) const {
         if (HasFastForm()) {
@@ -157,6 +157,8 @@ private:
                 const std::int32_t next = BlendOver(kernels, colors, indices, x, end, y);
                 const std::ptrdiff_t done = std::ptrdiff_t{next - x} * kChannels;
                 FinishToned(colors + done, indices + done, next, end, y);
+            } else if (StoresToneAlone()) {
+                StoreTones(kernels, colors, x, end, y);
             } else {
                 for (std::int32_t i = x; i < end; ++i) {
                     double* pixel = colors + (i - x) * kChannels;
@@ -165,6 +167,16 @@ private:
                 }
             }
         }
+    }
+
+    // Pixels x to end of row y of a float picture, from their blurred colours.
+    void StoreTones(const RowKernels& kernels, const double* colors, std::int32_t x,
+                    std::int32_t end, std::int32_t y) const {
+        ChannelArray<float, kPixelsAtATime * kChannels> stored;
+        const ToneRule rule{settings.contrast, settings.gammaExponent, settings.gammaOn};
+        kernels.toneFloats(stored, colors, (end - x) * kChannels, rule);
+        CopyPixels(imageOut.Pixel(x, y), imageOut.Stride(),
+                   reinterpret_cast<const unsigned char*>(&stored[0]), HostPixel::kSize, end - x);
     }
 
     // Pixels x to end of row y, from their colours' indices into the gamma table.

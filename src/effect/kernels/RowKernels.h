@@ -29,6 +29,13 @@ struct TonedPixels {
     double inverseWhite;
 };
 
+// The tone curve of float pictures, whose white is 1.
+struct ToneRule {
+    double contrast;
+    double exponent;
+    bool isEncoded;  // the Rec. 709 transfer function behind the power
+};
+
 struct RowKernels {
     // Takes count floats of an encoded signal, 0..white, into linear light in place. With period
     // channels a pixel, channel skip (alpha; -1 for none) stays as it is.
@@ -46,6 +53,8 @@ struct RowKernels {
     // Indices into the tone table, from weighted colours: contrast, clamp to 0..white, scale.
     void (*toneIndices)(std::int32_t* out, const double* colors, std::int32_t count,
                         double contrast, double white, double indexScale);
+    // The tone curve of count colours, as floats of which none is negative.
+    void (*toneFloats)(float* out, const double* colors, std::int32_t count, const ToneRule& rule);
     // Pixels of three colours and alpha, packed, with samples of one or two bytes; a multiple of
     // four of them. Weighted colours are toned, become straight and are laid over what is in. in
     // and out may be one. See Unpremultiply and the blend mode "normal".

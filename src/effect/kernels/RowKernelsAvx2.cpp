@@ -15,6 +15,8 @@ namespace {
 
 #include "effect/kernels/LinearizeBody.h"
 
+#include "effect/kernels/ToneCurveBody.h"
+
 }  // namespace
 
 extern const RowKernels kRowKernelsAvx2 = {
@@ -23,6 +25,7 @@ extern const RowKernels kRowKernelsAvx2 = {
     {nullptr, &ShiftToFloat<1>, &ShiftToFloat<2>, &ShiftToFloat<3>, &ShiftToFloat<4>},
     {nullptr, &Normalize<1>, &Normalize<2>, &Normalize<3>, &Normalize<4>},
     &ToneIndices,
+    &ToneFloats,
     {nullptr, &BlendOver<1>, &BlendOver<2>}};
 
 }  // namespace mv

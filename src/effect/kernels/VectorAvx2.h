@@ -87,6 +87,15 @@ inline Vector4 Greater(Vector4 a, Vector4 b) {
     return {_mm256_cmp_pd(a.all, b.all, _CMP_GT_OQ)};
 }
 
+inline Vector4 And(Vector4 a, Vector4 b) {
+    return {_mm256_and_pd(a.all, b.all)};
+}
+
+// Lanes of a that are not set in mask.
+inline Vector4 Without(Vector4 a, Vector4 mask) {
+    return {_mm256_andnot_pd(mask.all, a.all)};
+}
+
 inline int MaskBits(Vector4 mask) {
     return _mm256_movemask_pd(mask.all);
 }

@@ -97,6 +97,15 @@ inline Vector4 Greater(Vector4 a, Vector4 b) {
     return {_mm_cmpgt_pd(a.lower, b.lower), _mm_cmpgt_pd(a.upper, b.upper)};
 }
 
+inline Vector4 And(Vector4 a, Vector4 b) {
+    return {_mm_and_pd(a.lower, b.lower), _mm_and_pd(a.upper, b.upper)};
+}
+
+// Lanes of a that are not set in mask.
+inline Vector4 Without(Vector4 a, Vector4 mask) {
+    return {_mm_andnot_pd(mask.lower, a.lower), _mm_andnot_pd(mask.upper, a.upper)};
+}
+
 inline int MaskBits(Vector4 mask) {
     return _mm_movemask_pd(mask.lower) | (_mm_movemask_pd(mask.upper) << 2);
 }

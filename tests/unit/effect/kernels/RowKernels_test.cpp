@@ -64,6 +64,50 @@ TEST_P(RowKernelsOfEachSet, LinearizesAllButTheAlphaChannel) {
     }
 }
 
+float ToneOf(double color, const ToneRule& rule) {
+    const double v = std::pow((color + 0.5) * rule.contrast + color, rule.exponent);
+    const double value = rule.isEncoded ? EncodeRec709(v) : v;
+    return value > 0.0 || value == 0.0 ? static_cast<float>(value) : 0.0f;
+}
+
+TEST_P(RowKernelsOfEachSet, TonesFloatsAsTheCLibraryDoes) {
+    std::vector<double> colors = {
+        0.0,   -0.0,  -0.3, 1e-310, 1e-40, 0.018, std::nextafter(0.018, 0.0),
+        1e300, 1e-60, 1e17, 1e19,   2e18,  1.0,   0.5};
+    const double inf = std::numeric_limits<double>::infinity();
+    colors.insert(colors.end(), {inf, -inf, std::numeric_limits<double>::quiet_NaN()});
+    std::uint32_t state = 5;
+    for (int i = 0; i < 60000; ++i) {
+        state = state * 1664525u + 1013904223u;
+        const double share = (state >> 8) / 16777216.0;
+        colors.push_back(i % 3 == 0   ? share * 0.04
+                         : i % 3 == 1 ? share * 1.2 - 0.05
+                                      : std::exp2(share * 140.0 - 70.0));
+    }
+    colors.resize(colors.size() + 3);
+    double* bound = &colors[colors.size() - 3];
+    std::vector<float> toned(colors.size());
+    for (const double exponent : {1.0, 0.45, 2.2, 3.7, 0.01, 9.0, 15.9, 40.0}) {
+        // Powers that come out at the bound of the transfer function and beside it.
+        bound[0] = std::pow(0.018, 1.0 / exponent);
+        bound[1] = std::nextafter(bound[0], 1.0);
+        bound[2] = std::nextafter(bound[0], 0.0);
+        for (const bool isEncoded : {false, true}) {
+            for (const double contrast : {0.0, 0.4, -0.3}) {
+                const ToneRule rule{contrast, exponent, isEncoded};
+                GetParam()->toneFloats(toned.data(), colors.data(),
+                                       static_cast<std::int32_t>(colors.size()), rule);
+                for (std::size_t i = 0; i < colors.size(); ++i) {
+                    const float expected = ToneOf(colors[i], rule);
+                    ASSERT_EQ(std::memcmp(&toned[i], &expected, 4), 0)
+                        << colors[i] << " to the power " << exponent << ": " << toned[i] << " and "
+                        << expected;
+                }
+            }
+        }
+    }
+}
+
 TEST_P(RowKernelsOfEachSet, ToneIndicesBoundWhatIsBeyondWhite) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double colors[] = {-3.0, 0.0, 127.5, 255.0, 900.0, nan, 1.0};
