@@ -41,7 +41,14 @@ inline void StoreFloats(float* to, __m128 v) {
 // The channels of a pixel from its sums and the weight behind them; 0 where there is no weight.
 template <int channels>
 inline void NormalizePixel(float* out, const float* sums) {
-    const double weight = static_cast<double>(sums[channels]);
-    const double factor = weight != 0.0 ? 1.0 / weight : 0.0;
-    StoreFloats<channels>(out, Narrow(Widen(LoadFloats<channels>(sums)) * Set(factor)));
+    if constexpr (channels == 3) {
+        const Vector4 all = Widen(_mm_loadu_ps(sums));
+        const Vector4 weight = SpreadLane3(all);
+        const Vector4 factor = Without(Set(1.0) / weight, Equal(weight, Set(0.0)));
+        StoreFloats<3>(out, Narrow(all * factor));
+    } else {
+        const double weight = static_cast<double>(sums[channels]);
+        const double factor = weight != 0.0 ? 1.0 / weight : 0.0;
+        StoreFloats<channels>(out, Narrow(Widen(LoadFloats<channels>(sums)) * Set(factor)));
+    }
 }

@@ -214,13 +214,50 @@ inline void StepMeans(Vector4 (*means)[kRaysInGroup], const RayGroup& group,
     }
 }
 
+// Where a step adds to.
+struct StepSlots {
+    float* sums;
+    std::int32_t first[kRaysInGroup];
+    std::int32_t second[kRaysInGroup];
+    double keepWeights[kRaysInGroup];
+    double shareWeights[kRaysInGroup];
+};
+
+// Ray by ray, since neighbouring rays of a step add to the same pixels.
 template <int channels>
 inline void AddSteps(const RayGroup& group, std::int32_t i, const StepPlaces* at,
                      const Vector4 (*means)[kRaysInGroup], std::int32_t steps) {
+    StepSlots slots[kStepsTogether];
+    double rays[kStepsTogether][kRaysInGroup];
     for (std::int32_t s = 0; s < steps; ++s) {
         const Places& here = at[s].places;
-        float* sums = PassLane<channels>(*group.sums, group.lane + i + s, here.first[0]);
-        AddGroup<channels>(sums, here, at[s].areInside, means[s]);
+        StepSlots& to = slots[s];
+        to.sums = PassLane<channels>(*group.sums, group.lane + i + s, here.first[0]);
+        Store(to.keepWeights, Rounded(Load(here.keep)));
+        Store(to.shareWeights, Rounded(Load(here.share)));
+        FindSlots<channels>(to.first, here.first);
+        FindSlots<channels>(to.second, here.second);
+        if constexpr (channels == 1) {
+            Store(rays[s], means[s][0]);
+        }
+    }
+    for (int g = 0; g < kRaysInGroup; ++g) {
+        for (std::int32_t s = 0; s < steps; ++s) {
+            const Places& here = at[s].places;
+            const StepSlots& to = slots[s];
+            if (!at[s].areInside && !here.isInside[g]) {
+                continue;
+            }
+            float* first = to.sums + to.first[g];
+            float* second = to.sums + to.second[g];
+            if constexpr (channels == 1) {
+                AddToPixel1(first, rays[s][g], here.keep[g], to.keepWeights[g]);
+                AddToPixel1(second, rays[s][g], here.share[g], to.shareWeights[g]);
+            } else {
+                AddToPixel<channels>(first, means[s][g], here.keep[g], to.keepWeights[g]);
+                AddToPixel<channels>(second, means[s][g], here.share[g], to.shareWeights[g]);
+            }
+        }
     }
 }
 

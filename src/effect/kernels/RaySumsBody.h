@@ -60,18 +60,25 @@ inline void CloseTo(const LaneSums& target, std::int32_t index, std::int32_t wan
     SumLane& lane = target.lanes[index];
     float* sums = target.sums + index * (kOpenPixels * floats);
     float* out = target.out + index * target.outStep;
-    for (; lane.next < wanted; ++lane.next) {
-        const std::int32_t closed = lane.next * target.travel;
-        if (lane.next < lane.ownFrom || lane.next >= lane.ownEnd) {
+    // Copies, since the stores might reach the originals for all that the compiler knows.
+    const std::int32_t travel = target.travel;
+    const std::int32_t outMask = target.outMask;
+    const std::ptrdiff_t outMinor = target.outMinor;
+    const std::int32_t ownFrom = lane.ownFrom;
+    const std::int32_t ownEnd = lane.ownEnd;
+    for (std::int32_t next = lane.next; next < wanted;) {
+        const std::int32_t closed = next * travel;
+        if (next < ownFrom || next >= ownEnd) {
             target.exchange(target.owner, index, closed);
-            continue;
+        } else {
+            float* slot = sums + (closed & (kOpenPixels - 1)) * floats;
+            NormalizePixel<channels>(out + (closed & outMask) * outMinor, slot);
+            StoreFloats<(channels < 4 ? channels + 1 : 4)>(slot, _mm_setzero_ps());
+            if constexpr (channels == 4) {
+                slot[4] = 0.0f;
+            }
         }
-        float* slot = sums + (closed & (kOpenPixels - 1)) * floats;
-        NormalizePixel<channels>(out + (closed & target.outMask) * target.outMinor, slot);
-        StoreFloats<(channels < 4 ? channels + 1 : 4)>(slot, _mm_setzero_ps());
-        if constexpr (channels == 4) {
-            slot[4] = 0.0f;
-        }
+        lane.next = ++next;
     }
 }
 

@@ -65,6 +65,11 @@ inline Vector4 WithLane3(Vector4 a, Vector4 b) {
     return {_mm256_blend_pd(a.all, b.all, 8)};
 }
 
+// Lane 3 in all.
+inline Vector4 SpreadLane3(Vector4 v) {
+    return {_mm256_permute4x64_pd(v.all, 0xFF)};
+}
+
 // Lanes 2 and 3 from b.
 inline Vector4 WithUpper(Vector4 a, Vector4 b) {
     return {_mm256_blend_pd(a.all, b.all, 12)};
@@ -85,6 +90,10 @@ inline Vector4 Choose(Vector4 mask, Vector4 a, Vector4 b) {
 
 inline Vector4 Greater(Vector4 a, Vector4 b) {
     return {_mm256_cmp_pd(a.all, b.all, _CMP_GT_OQ)};
+}
+
+inline Vector4 Equal(Vector4 a, Vector4 b) {
+    return {_mm256_cmp_pd(a.all, b.all, _CMP_EQ_OQ)};
 }
 
 inline Vector4 And(Vector4 a, Vector4 b) {

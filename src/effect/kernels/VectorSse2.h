@@ -73,6 +73,12 @@ inline Vector4 WithLane3(Vector4 a, Vector4 b) {
     return {a.lower, _mm_shuffle_pd(a.upper, b.upper, 2)};
 }
 
+// Lane 3 in all.
+inline Vector4 SpreadLane3(Vector4 v) {
+    const __m128d lane = _mm_unpackhi_pd(v.upper, v.upper);
+    return {lane, lane};
+}
+
 // Lanes 2 and 3 from b.
 inline Vector4 WithUpper(Vector4 a, Vector4 b) {
     return {a.lower, b.upper};
@@ -95,6 +101,10 @@ inline Vector4 Choose(Vector4 mask, Vector4 a, Vector4 b) {
 
 inline Vector4 Greater(Vector4 a, Vector4 b) {
     return {_mm_cmpgt_pd(a.lower, b.lower), _mm_cmpgt_pd(a.upper, b.upper)};
+}
+
+inline Vector4 Equal(Vector4 a, Vector4 b) {
+    return {_mm_cmpeq_pd(a.lower, b.lower), _mm_cmpeq_pd(a.upper, b.upper)};
 }
 
 inline Vector4 And(Vector4 a, Vector4 b) {
