@@ -24,7 +24,8 @@ constexpr struct {
     const char* name;
 } kSets[] = {{InstructionSet::Plain, "plain"},
              {InstructionSet::Sse2, "SSE2"},
-             {InstructionSet::Avx2, "AVX2"}};
+             {InstructionSet::Avx2, "AVX2"},
+             {InstructionSet::Avx512, "AVX-512"}};
 
 struct Variation {
     const char* name;

@@ -88,7 +88,7 @@ struct RayKernels {
                                 std::int32_t end, std::int32_t n);
 };
 
-enum class InstructionSet { Plain, Sse2, Avx2 };
+enum class InstructionSet { Plain, Sse2, Avx2, Avx512 };
 
 // The widest set that this processor and system serve.
 InstructionSet DetectInstructionSet() noexcept;
@@ -102,5 +102,6 @@ const RayKernels* SelectRayKernels() noexcept;
 
 extern const RayKernels kRayKernelsSse2;
 extern const RayKernels kRayKernelsAvx2;
+extern const RayKernels kRayKernelsAvx512;
 
 }  // namespace mv

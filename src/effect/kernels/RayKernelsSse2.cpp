@@ -10,20 +10,10 @@ namespace {
 
 #include "effect/kernels/VectorSse2.h"
 
-#include "effect/kernels/PixelAccess.h"
-
-#include "effect/kernels/RaySumsBody.h"
-
-#include "effect/kernels/WindowKernelBody.h"
-
-#include "effect/kernels/RayKernelBody.h"
+#include "effect/kernels/RayKernelTable.h"
 
 }  // namespace
 
-extern const RayKernels kRayKernelsSse2 = {
-    {nullptr, &Sample<1>, &Sample<2>, &Sample<3>, &Sample<4>},
-    {nullptr, &Scatter<1>, &Scatter<2>, &Scatter<3>, &Scatter<4>},
-    {nullptr, &Blur<1>, &Blur<2>, &Blur<3>, &Blur<4>},
-    &FillWindows};
+extern const RayKernels kRayKernelsSse2 = kTable;
 
 }  // namespace mv

@@ -67,5 +67,6 @@ const RowKernels* SelectRowKernels() noexcept;
 
 extern const RowKernels kRowKernelsSse2;
 extern const RowKernels kRowKernelsAvx2;
+extern const RowKernels kRowKernelsAvx512;
 
 }  // namespace mv

@@ -48,5 +48,6 @@ const SpectralKernels* SelectSpectralKernels() noexcept;
 
 extern const SpectralKernels kSpectralKernelsSse2;
 extern const SpectralKernels kSpectralKernelsAvx2;
+extern const SpectralKernels kSpectralKernelsAvx512;
 
 }  // namespace mv

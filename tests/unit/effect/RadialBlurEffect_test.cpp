@@ -157,7 +157,8 @@ TEST_P(EveryInstructionSet, GivesThePlainFormsBytesInANarrowPicture) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Sets, EveryInstructionSet,
-                         testing::Values(InstructionSet::Sse2, InstructionSet::Avx2));
+                         testing::Values(InstructionSet::Sse2, InstructionSet::Avx2,
+                                         InstructionSet::Avx512));
 
 TEST(RadialBlurEffect, GivesTheSameBytesWithAnyNumberOfThreads) {
     TestFilter one(1);

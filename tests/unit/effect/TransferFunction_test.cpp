@@ -52,7 +52,7 @@ TEST_P(GammaTable, EndsAtWhite) {
 
 INSTANTIATE_TEST_SUITE_P(Sets, GammaTable,
                          testing::Values(InstructionSet::Plain, InstructionSet::Sse2,
-                                         InstructionSet::Avx2));
+                                         InstructionSet::Avx2, InstructionSet::Avx512));
 
 }  // namespace
 }  // namespace mv

@@ -219,6 +219,9 @@ INSTANTIATE_TEST_SUITE_P(Sets, RowKernelsOfEachSet, testing::ValuesIn([] {
                              if (DetectInstructionSet() >= InstructionSet::Avx2) {
                                  sets.push_back(&kRowKernelsAvx2);
                              }
+                             if (DetectInstructionSet() >= InstructionSet::Avx512) {
+                                 sets.push_back(&kRowKernelsAvx512);
+                             }
                              return sets;
                          }()));
 
@@ -229,7 +232,9 @@ TEST(InstructionSet, CanBeForcedToWhatTheProcessorServes) {
     EXPECT_TRUE(ForceInstructionSet(InstructionSet::Sse2));
     EXPECT_EQ(SelectRowKernels(), &kRowKernelsSse2);
     EXPECT_EQ(ForceInstructionSet(InstructionSet::Avx2),
-              DetectInstructionSet() == InstructionSet::Avx2);
+              DetectInstructionSet() >= InstructionSet::Avx2);
+    EXPECT_EQ(ForceInstructionSet(InstructionSet::Avx512),
+              DetectInstructionSet() == InstructionSet::Avx512);
     UseDetectedInstructionSet();
     EXPECT_NE(SelectRowKernels(), nullptr);
 }
