@@ -20,6 +20,7 @@ class RadialBlurFilter final
     static constexpr int kLineCount = 2;
     static constexpr const char* kName = "RadialBlurFilter";
     static constexpr int kEntry = EntryDoubles(kChannels);
+    static constexpr int kRayDoubles = kEntry / kRaysInGroup;
 
 public:
     using Base::Base;
@@ -89,8 +90,11 @@ private:
         const std::int32_t steps = this->LongestLine();
         double* memory = side.fastBuffer;
         fast.lines = memory + (kLineLead + MostLead()) * kEntry;
+        // No more than what is read before it is written: memory that is touched has its price.
+        std::fill_n(fast.lines - kLineLead * kEntry, kLineLead * kEntry, 0.0);
         memory += LineDoubles(steps);
         fast.last = memory - kEntry;
+        std::fill_n(fast.last, kEntry, 0.0);
         for (WindowTable& table : fast.own) {
             table.SetMemory(memory);
             memory += WindowTable::Doubles(steps);
@@ -179,7 +183,7 @@ private:
     void SampleLeads(const Side& side, Walk& walk) const {
         const FastState& fast = side.fast;
         for (int g = 0; g < kRaysInGroup; ++g) {
-            std::fill_n(LineOf(fast, walk.plan, g) - kEntry, kChannels, 0.0);
+            std::fill_n(LineOf(fast, walk.plan, g) - kEntry, kRayDoubles, 0.0);
             for (std::int32_t i = 0; i < walk.plan.lead[g]; ++i) {
                 SampleStep(side, walk.plan, g, i, walk.sample.minor[g]);
             }

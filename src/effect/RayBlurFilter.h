@@ -66,9 +66,10 @@ public:
         const LogScope scope;
         progressPosition_ = position;
         progressRange_ = range;
-        Side sides[kSideCount];
-        sides_ = sides;
-        if (!AllocateSums() || !AllocateSides()) {
+        SidePlaces<Side> places;
+        places.SetCount(host_->GetThreadCount(kSideCount));
+        places_ = &places;
+        if (!AllocateSums() || !AllocatePlaces()) {
             Free();
             return host_->StatusOutOfMemory();
         }
@@ -85,7 +86,9 @@ public:
         WriteLog(kTrace, Blur::kName, "<C_Image, C_ImageSelection>::render_chunk(thread_index(",
                  thread_index, "), thread_iterations(", thread_iterations, "), threadID(", threadID,
                  "))");
-        Side& side = sides_[thread_index];
+        const typename SidePlaces<Side>::Stay stay(*places_);
+        Side& side = stay.Get();
+        BeginSide(side, thread_index);
         std::int32_t status = host_->StatusOk();
         const SideSectors& sectors = memory_.sums.Sectors(thread_index);
         for (int i = 0; i < sectors.count && IsOk(status); ++i) {
@@ -128,14 +131,14 @@ private:
             Divide();
         }
         return (!IsFast() || memory_.AllocateSeams()) &&
-               (stream == nullptr || memory_.AllocateStream(field_)) &&
+               (stream == nullptr || memory_.AllocateStream(field_, places_->Count())) &&
                memory_.AllocateAccumulator(imageIn);
     }
 
     void Free() {
         memory_.Free();
-        for (std::uint32_t side = 0; side < kSideCount; ++side) {
-            sides_[side].Free(*host_);
+        for (std::uint32_t i = 0; i < places_->Count(); ++i) {
+            places_->At(i).Free(*host_);
         }
     }
 
@@ -276,31 +279,31 @@ private:
     }
 
     // All before the first ray runs, so that what fails later is not for want of memory.
-    bool AllocateSides() {
-        bool isComplete = true;
-        for (std::uint32_t side = 0; side < kSideCount && isComplete; ++side) {
-            sides_[side] = {};
-            sides_[side].index = side;
-            sides_[side].zone = memory_.sums.Zone(side);
-            isComplete = AllocateLines(sides_[side]);
-        }
-        return isComplete;
-    }
-
-    bool AllocateLines(Side& side) {
+    bool AllocatePlaces() {
         const std::uint64_t fastDoubles = static_cast<const Blur*>(this)->FastDoubles();
-        if (!side.Allocate(*host_, LongestLine(), fastDoubles)) {
-            return false;
-        }
-        if (fastDoubles != 0) {
-            static_cast<Blur*>(this)->PrepareFast(side);
-            side.sums.SetUp(side.fastBuffer + fastDoubles, memory_.sums.Target(), side.index);
-        }
-        if (stream != nullptr) {
-            side.window.SetUp(memory_.windows[side.index], field_, kChannels, side.index,
-                              memory_.kept, *stream);
+        for (std::uint32_t i = 0; i < places_->Count(); ++i) {
+            Side& place = places_->At(i);
+            if (!place.Allocate(*host_, LongestLine(), fastDoubles)) {
+                return false;
+            }
+            place.windowMemory = memory_.windows[i];
+            if (fastDoubles != 0) {
+                static_cast<Blur*>(this)->PrepareFast(place);
+            }
         }
         return true;
+    }
+
+    void BeginSide(Side& side, std::uint32_t index) {
+        side.index = index;
+        side.zone = memory_.sums.Zone(index);
+        if (side.fastBuffer != nullptr) {
+            const std::uint64_t fastDoubles = static_cast<const Blur*>(this)->FastDoubles();
+            side.sums.SetUp(side.fastBuffer + fastDoubles, memory_.sums.Target(), index);
+        }
+        if (stream != nullptr) {
+            side.window.SetUp(side.windowMemory, field_, kChannels, index, memory_.kept, *stream);
+        }
     }
 
     void BlurRay(Side& side, const Ray& ray) {
@@ -484,7 +487,7 @@ private:
 
     RayBlurMemory<Image, AccumulatorPixel> memory_{host_};
     // Of the render that runs, on its stack.
-    Side* sides_ = nullptr;
+    SidePlaces<Side>* places_ = nullptr;
     std::int32_t sideStatus_[kSideCount] = {};
     std::uint32_t totalSteps_ = 0;
     std::atomic<std::uint32_t> stepsDone_{0};

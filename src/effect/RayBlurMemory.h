@@ -1,6 +1,7 @@
 // The memory of a blur but for the lines of its rays.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "effect/BlurSums.h"
@@ -28,6 +29,7 @@ public:
     BlurSums<Image, AccumulatorPixel> sums;
     ContributionList<kChannels> lists[kSideCount];
     KeptPixels kept;
+    // For so many sides at a time, whichever they are.
     void* windows[kSideCount] = {};
 
     // For the fast form. As all that follows, false without memory.
@@ -39,7 +41,7 @@ public:
         return seams_ != nullptr;
     }
 
-    bool AllocateStream(const RayField& field) {
+    bool AllocateStream(const RayField& field, std::uint32_t sidesAtATime) {
         keptMap_ = Allocate(KeptPixels::MapBytes(field.height));
         if (keptMap_ == nullptr) {
             return false;
@@ -48,12 +50,16 @@ public:
         keptPixels_ = Allocate(std::uint64_t{kept.Count()} * kChannels * sizeof(float));
         kept.SetPixels(static_cast<float*>(keptPixels_), kChannels);
         bool isComplete = keptPixels_ != nullptr;
+        std::uint64_t bytes = 0;
         for (std::uint32_t side = 0; side < kSideCount && isComplete; ++side) {
-            const std::uint64_t bytes = SectorWindow::Bytes(field, sums.Sectors(side), kChannels);
-            windows[side] = Allocate(bytes);
-            isComplete = windows[side] != nullptr && lists[side].Reserve(sums.MostKept(side));
+            bytes = std::max(bytes, SectorWindow::Bytes(field, sums.Sectors(side), kChannels));
+            isComplete = lists[side].Reserve(sums.MostKept(side));
+        }
+        for (std::uint32_t i = 0; i < sidesAtATime && isComplete; ++i) {
+            windows[i] = Allocate(bytes);
+            isComplete = windows[i] != nullptr;
             if (isComplete) {
-                PreferLargePages(windows[side], bytes);
+                PreferLargePages(windows[i], bytes);
             }
         }
         return isComplete;

@@ -87,6 +87,10 @@ private:
         double* memory = side.fastBuffer + kLineLead * kStride;
         const auto next = static_cast<std::ptrdiff_t>(LineDoubles());
         side.fast.lines = {memory, memory + next, memory + 2 * next, memory + 3 * next};
+        // What is read before it is written; see BuildTables.
+        for (double* line : {side.fast.lines.up1, side.fast.lines.up2}) {
+            std::fill_n(line - kLineLead * kStride, kLineLead * kStride, 0.0);
+        }
     }
 
     bool BlurGroup(Side& side, const Ray* rays) {
