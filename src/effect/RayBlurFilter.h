@@ -111,8 +111,7 @@ protected:
     bool AreWindowsAlike() const {
         constexpr double kLongest = 1e12;
         const double reach = strength * LongestLine() * (std::fabs(zoomStart) + 1.0);
-        return reach < kLongest && field_.centerX >= 0 && field_.centerX < field_.width &&
-               field_.centerY >= 0 && field_.centerY < field_.height && holdoutRadius == 0.0;
+        return reach < kLongest && HasCenter(field_) && holdoutRadius == 0.0;
     }
 
     RayField field_{};

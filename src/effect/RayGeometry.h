@@ -22,6 +22,12 @@ struct RayField {
     std::int32_t centerY;
 };
 
+// Whether the centre is a pixel of the picture.
+inline bool HasCenter(const RayField& field) {
+    return field.centerX >= 0 && field.centerX < field.width && field.centerY >= 0 &&
+           field.centerY < field.height;
+}
+
 // One ray, in steps of one pixel along its major axis.
 struct Ray {
     bool isXMajor;

@@ -79,23 +79,25 @@ private:
         return kFastLineCount * LineDoubles();
     }
 
+    // Steps that a ray of a group may walk before the first common one: none from inside.
+    std::int32_t MostLead() const {
+        return HasCenter(this->field_) ? 0 : std::min(this->LongestLine(), 2048);
+    }
+
     std::uint64_t LineDoubles() const {
-        return static_cast<std::uint64_t>(this->LongestLine() + kLineSlack) * kStride;
+        return static_cast<std::uint64_t>(MostLead() + this->LongestLine() + kLineSlack) * kStride;
     }
 
     void PrepareFast(Side& side) const {
-        double* memory = side.fastBuffer + kLineLead * kStride;
+        double* memory = side.fastBuffer + (kLineLead + MostLead()) * kStride;
         const auto next = static_cast<std::ptrdiff_t>(LineDoubles());
         side.fast.lines = {memory, memory + next, memory + 2 * next, memory + 3 * next};
-        // What is read before it is written; see BuildTables.
-        for (double* line : {side.fast.lines.up1, side.fast.lines.up2}) {
-            std::fill_n(line - kLineLead * kStride, kLineLead * kStride, 0.0);
-        }
     }
 
     bool BlurGroup(Side& side, const Ray* rays) {
         RayGroupPlan plan;
-        if (!plan.Make(rays) || *std::max_element(plan.lead, plan.lead + kRaysInGroup) > 0) {
+        if (!plan.Make(rays) ||
+            *std::max_element(plan.lead, plan.lead + kRaysInGroup) > MostLead()) {
             return false;
         }
         SampleGroup(side, plan);
@@ -104,48 +106,99 @@ private:
         return true;
     }
 
+    // Steps from the first common one to the end of the longest line.
     static std::int32_t MostSteps(const RayGroupPlan& plan) {
         std::int32_t most = plan.common;
-        for (const Ray& ray : plan.rays) {
-            most = std::max(most, ray.steps);
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            most = std::max(most, plan.rays[g].steps - plan.lead[g]);
         }
         return most;
     }
 
+    // Channel 0 of an entry of ray g.
     static double* Entry(double* line, std::int32_t k, int g) {
         return line + static_cast<std::ptrdiff_t>(k) * kStride + g;
     }
 
-    // Longer rays go on alone; then each line is extended by its last sample, two entries beyond
-    // the longest, and by its first.
+    // Steps that not all rays have go alone; then each line is extended by its last sample, two
+    // entries beyond the longest, and by its first.
     void SampleGroup(const Side& side, const RayGroupPlan& plan) const {
         const SpectralLines& lines = side.fast.lines;
         RayGroup group = this->MakeGroup(side, plan);
         for (int g = 0; g < kRaysInGroup; ++g) {
             group.minor[g] = plan.rays[g].minor;
+            SampleAlone(side, plan, g, -plan.lead[g], 0, group.minor[g]);
+            SumUp(lines, g, -plan.lead[g], 0);
         }
         group.steps = plan.common;
         kernels_->sample[kChannels](group, lines);
         const std::int32_t end = MostSteps(plan) + 2;
         for (int g = 0; g < kRaysInGroup; ++g) {
-            const Ray& ray = plan.rays[g];
-            double minor = group.minor[g];
-            for (std::int32_t i = plan.common; i < ray.steps; ++i, minor += ray.slope) {
-                ChannelArray<double, kChannels> sample;
-                this->SamplePixel(side, ray, ray.start + ray.sign * i, minor, sample);
-                for (int c = 0; c < kChannels; ++c) {
-                    Entry(lines.down1, i, g)[c * kRaysInGroup] = sample[c];
-                }
-            }
+            const std::int32_t first = -plan.lead[g];
+            const std::int32_t behind = first + plan.rays[g].steps;
+            SampleAlone(side, plan, g, plan.common, behind, group.minor[g]);
             for (int c = 0; c < kChannels; ++c) {
                 const std::ptrdiff_t channel = c * kRaysInGroup;
-                const double last = Entry(lines.down1, ray.steps - 1, g)[channel];
-                for (std::int32_t k = ray.steps; k < end; ++k) {
+                const double last = Entry(lines.down1, behind - 1, g)[channel];
+                for (std::int32_t k = behind; k < end; ++k) {
                     Entry(lines.down1, k, g)[channel] = last;
                 }
-                const double first = Entry(lines.down1, 0, g)[channel];
-                Entry(lines.down1, -1, g)[channel] = first;
-                Entry(lines.down1, -2, g)[channel] = first;
+                Entry(lines.down1, first - 1, g)[channel] = Entry(lines.down1, first, g)[channel];
+                Entry(lines.down1, first - 2, g)[channel] = Entry(lines.down1, first, g)[channel];
+            }
+        }
+    }
+
+    // Entries from to end - 1 of ray g.
+    void SampleAlone(const Side& side, const RayGroupPlan& plan, int g, std::int32_t from,
+                     std::int32_t end, double& minor) const {
+        const Ray& ray = plan.rays[g];
+        for (std::int32_t k = from; k < end; ++k, minor += ray.slope) {
+            ChannelArray<double, kChannels> sample;
+            this->SamplePixel(side, ray, plan.firstMajor + ray.sign * k, minor, sample);
+            for (int c = 0; c < kChannels; ++c) {
+                Entry(side.fast.lines.down1, k, g)[c * kRaysInGroup] = sample[c];
+            }
+        }
+    }
+
+    // Entries from to end - 1 of ray g, onto nothing, which two entries before them are, too.
+    static void SumUp(const SpectralLines& lines, int g, std::int32_t from, std::int32_t end) {
+        for (int c = 0; c < kChannels; ++c) {
+            for (double* line : {lines.up1, lines.up2}) {
+                Entry(line, from - 2, g)[c * kRaysInGroup] = 0.0;
+                Entry(line, from - 1, g)[c * kRaysInGroup] = 0.0;
+            }
+        }
+        SumUpFurther(lines, g, from, end);
+    }
+
+    static void SumUpFurther(const SpectralLines& lines, int g, std::int32_t from,
+                             std::int32_t end) {
+        for (int c = 0; c < kChannels; ++c) {
+            const std::ptrdiff_t channel = c * kRaysInGroup;
+            double once = Entry(lines.up1, from - 1, g)[channel];
+            double twice = Entry(lines.up2, from - 1, g)[channel];
+            for (std::int32_t k = from; k < end; ++k) {
+                once = once + Entry(lines.down1, k, g)[channel];
+                twice = twice + once;
+                Entry(lines.up1, k, g)[channel] = once;
+                Entry(lines.up2, k, g)[channel] = twice;
+            }
+        }
+    }
+
+    // Entries from down to the last one, onto the one above.
+    static void SumDown(const SpectralLines& lines, int g, std::int32_t from, std::int32_t last) {
+        for (int c = 0; c < kChannels; ++c) {
+            const std::ptrdiff_t channel = c * kRaysInGroup;
+            double once = Entry(lines.down1, from + 1, g)[channel];
+            double twice = Entry(lines.down2, from + 1, g)[channel];
+            for (std::int32_t k = from; k >= last; --k) {
+                once = once + Entry(lines.down1, k, g)[channel];
+                twice = twice + once;
+                Entry(lines.down1, k, g)[channel] = once;
+                Entry(lines.down2, k, g)[channel] = twice;
             }
         }
     }
@@ -155,32 +208,21 @@ private:
     void SumGroup(const SpectralLines& lines, const RayGroupPlan& plan) const {
         const std::int32_t end = MostSteps(plan) + 2;
         for (int g = 0; g < kRaysInGroup; ++g) {
-            const std::int32_t n = plan.rays[g].steps;
+            SumUpFurther(lines, g, plan.common, end);
+            const std::int32_t n = plan.rays[g].steps - plan.lead[g];
             for (int c = 0; c < kChannels; ++c) {
                 const std::ptrdiff_t channel = c * kRaysInGroup;
-                double once = Entry(lines.up1, plan.common - 1, g)[channel];
-                double twice = Entry(lines.up2, plan.common - 1, g)[channel];
-                for (std::int32_t k = plan.common; k < end; ++k) {
-                    once = once + Entry(lines.down1, k, g)[channel];
-                    twice = twice + once;
-                    Entry(lines.up1, k, g)[channel] = once;
-                    Entry(lines.up2, k, g)[channel] = twice;
-                }
                 Entry(lines.down1, n + 2, g)[channel] = -Entry(lines.down1, n + 1, g)[channel];
                 Entry(lines.down2, n + 2, g)[channel] = 0.0;
                 Entry(lines.down1, n + 1, g)[channel] = 0.0;
                 Entry(lines.down2, n + 1, g)[channel] = 0.0;
-                once = 0.0;
-                twice = 0.0;
-                for (std::int32_t k = n; k > plan.common; --k) {
-                    once = once + Entry(lines.down1, k, g)[channel];
-                    twice = twice + once;
-                    Entry(lines.down1, k, g)[channel] = once;
-                    Entry(lines.down2, k, g)[channel] = twice;
-                }
             }
+            SumDown(lines, g, n, plan.common + 1);
         }
         kernels_->sumDown[kChannels](lines, plan.common);
+        for (int g = 0; g < kRaysInGroup; ++g) {
+            SumDown(lines, g, -3, -2 - plan.lead[g]);
+        }
     }
 
     SpectralRule RuleOfGroup(const RayGroupPlan& plan) const {
@@ -189,6 +231,7 @@ private:
             const WindowRule ray = this->RuleOf(plan.rays[g]);
             rule.startDistance[g] = ray.startDistance;
             rule.holdout[g] = ray.holdout;
+            rule.lead[g] = plan.lead[g];
             rule.steps[g] = plan.rays[g].steps;
         }
         rule.fewestSteps = plan.common;
@@ -205,14 +248,18 @@ private:
         std::int32_t safe[kRaysInGroup];
         std::int32_t tested = 0;
         for (int g = 0; g < kRaysInGroup; ++g) {
+            const std::int32_t lead = plan.lead[g];
             group.minor[g] = plan.rays[g].minor;
-            safe[g] = side.zone.SafeStep(plan.rays[g]);
+            safe[g] = side.zone.SafeStep(plan.rays[g]) - lead;
             tested = std::max(tested, safe[g]);
+            for (std::int32_t k = -lead; k < 0; ++k) {
+                ScatterStep(side, plan, g, k, k < safe[g], group.minor[g]);
+            }
         }
         tested = std::min(tested, plan.common);
-        for (std::int32_t i = 0; i < tested; ++i) {
+        for (std::int32_t k = 0; k < tested; ++k) {
             for (int g = 0; g < kRaysInGroup; ++g) {
-                ScatterStep(side, plan.rays[g], g, i, true, group.minor[g]);
+                ScatterStep(side, plan, g, k, true, group.minor[g]);
             }
         }
         group.lane += tested;
@@ -220,23 +267,27 @@ private:
         constexpr int hasAlpha = kChannels > kColors ? 1 : 0;
         kernels_->scatter[kChannels][hasAlpha](group, side.fast.lines, RuleOfGroup(plan), tested);
         for (int g = 0; g < kRaysInGroup; ++g) {
-            const Ray& ray = plan.rays[g];
-            for (std::int32_t i = plan.common; i < ray.steps; ++i) {
-                ScatterStep(side, ray, g, i, i < safe[g], group.minor[g]);
+            const std::int32_t end = plan.rays[g].steps - plan.lead[g];
+            for (std::int32_t k = plan.common; k < end; ++k) {
+                ScatterStep(side, plan, g, k, k < safe[g], group.minor[g]);
             }
         }
     }
 
-    // One step of one ray, from its lane of the lines.
-    void ScatterStep(Side& side, const Ray& ray, int g, std::int32_t i, bool mustTest,
+    // One step of one ray, at entry k, from its lane of the lines.
+    void ScatterStep(Side& side, const RayGroupPlan& plan, int g, std::int32_t k, bool mustTest,
                      double& minor) {
         const SpectralLines& lines = side.fast.lines;
-        const SpectralTables tables{lines.up1 + g, lines.up2 + g, lines.down1 + g, lines.down2 + g};
+        const Ray& ray = plan.rays[g];
+        const std::int32_t i = plan.lead[g] + k;
+        const std::int32_t first = -plan.lead[g];
+        const SpectralTables tables{Entry(lines.up1, first, g), Entry(lines.up2, first, g),
+                                    Entry(lines.down1, first, g), Entry(lines.down2, first, g)};
         ChannelArray<double, kChannels> value;
         SpectralWindow<kColors, kChannels, kRaysInGroup>(
             value, WindowLength(this->RuleOf(ray), i, 1.0), this->zoomStart, i, ray.steps, tables,
             invert_gradient);
-        this->SplatStep(side, ray, mustTest, ray.start + ray.sign * i, minor, value);
+        this->SplatStep(side, ray, mustTest, plan.firstMajor + ray.sign * k, minor, value);
         minor += ray.slope;
     }
 

@@ -116,8 +116,8 @@ inline void StepValues(Vector4* values, const SpectralLines& lines, const Spectr
         const double first = i;
         const double all[] = {first, first + 1.0, first + 2.0, first + 3.0};
         const Vector4 length = Maximum(Load(all) * Set(rule.strength), Set(0.0));
-        PlaceWindows<colors, channels, isInverted>(places, length, Load(all), Set(rule.fewestSteps),
-                                                   rule.zoomStart);
+        PlaceWindows<colors, channels, isInverted>(places, {Set(0.0)}, length, Load(all),
+                                                   Set(rule.fewestSteps), rule.zoomStart);
         for (std::int32_t s = 0; s < steps; ++s) {
             SpectralValues<colors, channels, isInverted>(values + 4 * s, places, lines,
                                                          SharedWindow<channels>{s});
@@ -125,10 +125,11 @@ inline void StepValues(Vector4* values, const SpectralLines& lines, const Spectr
         return;
     }
     for (std::int32_t s = 0; s < steps; ++s) {
-        const Vector4 step = Set(i + s);
+        const Vector4 lead = Load(rule.lead);
+        const Vector4 step = lead + Set(i + s);
         const Vector4 length = Maximum(
             (Load(rule.startDistance) + step - Load(rule.holdout)) * Set(rule.strength), Set(0.0));
-        PlaceWindows<colors, channels, isInverted>(places, length, step, Load(rule.steps),
+        PlaceWindows<colors, channels, isInverted>(places, {lead}, length, step, Load(rule.steps),
                                                    rule.zoomStart);
         SpectralValues<colors, channels, isInverted>(values + 4 * s, places, lines,
                                                      OwnWindows<channels>{});
@@ -178,8 +179,8 @@ void SpectralSampleSteps(RayGroup& group, const SpectralLines& lines) {
     Vector4 once[4];
     Vector4 twice[4];
     for (int c = 0; c < channels; ++c) {
-        once[c] = Set(0.0);
-        twice[c] = Set(0.0);
+        once[c] = Load(lines.up1 - stride + c * 4);
+        twice[c] = Load(lines.up2 - stride + c * 4);
     }
     std::ptrdiff_t entry = 0;
     for (std::int32_t i = 0; i < group.steps; ++i, entry += stride) {

@@ -7,8 +7,9 @@
 
 namespace mv {
 
-// Lines of four rays: entry k, channel c of ray g lies at (k * channels + c) * 4 + g. Entries -2
-// to n + 2. up and down hold running sums, once and twice, upward and downward; down1 holds the
+// Lines of four rays: entry k, channel c of ray g lies at (k * channels + c) * 4 + g. Entry 0 is
+// the first common step; a ray's line goes from two entries before its own first step to two behind
+// its last. up and down hold running sums, once and twice, upward and downward; down1 holds the
 // samples until they are summed.
 struct SpectralLines {
     double* up1;
@@ -21,18 +22,20 @@ struct SpectralLines {
 struct SpectralRule {
     double startDistance[kRaysInGroup];
     double holdout[kRaysInGroup];
-    double steps[kRaysInGroup];  // samples of each ray's line
+    double lead[kRaysInGroup];   // samples of each ray's line before entry 0
+    double steps[kRaysInGroup];  // and all of them
     double fewestSteps;
     double strength;
     double zoomStart;
-    bool isShared;   // neither distance nor holdout: the four rays' windows are the same
+    bool isShared;   // neither distance nor holdout: the four rays' windows are the same, and
+                     // there are no leads
     bool areAsLong;  // and so are their lines
     bool invertGradient;
 };
 
 struct SpectralKernels {
-    // Samples group.steps entries of the four lines, from 0 on, and sums them upward. prefix and
-    // last are not used.
+    // Samples group.steps entries of the four lines, from 0 on, and sums them upward onto entry -1.
+    // prefix and last are not used.
     void (*sample[5])(RayGroup& group, const SpectralLines& lines);
     // Sums samples from to -2 downward onto entry from + 1, for all four rays; what lies above in
     // longer lines is the caller's.

@@ -34,28 +34,7 @@ struct SlopePlaces {
     double divisor[4];
 };
 
-template <int channels>
-inline void PlaceInTable(TablePlaces& places, Vector4 x) {
-    const Vector4 floor = Floor(x);
-    const Vector4 share = x - floor;
-    std::int32_t entry[4];
-    StoreTruncated(entry, floor);
-    StoreIntegers(places.offset, LoadIntegers(entry) * SetIntegers(channels * 4));
-    Store(places.share, share);
-    Store(places.keep, Set(1.0) - share);
-}
-
-template <int channels>
-inline void PlaceBox(BoxPlaces& places, const Segments4& segments) {
-    const Vector4 one = Set(1.0);
-    const Vector4 width = segments.b - segments.a;
-    const Vector4 low = Choose(NotGreater(width, one), segments.a - (one - width), segments.a);
-    PlaceInTable<channels>(places.low, low);
-    PlaceInTable<channels>(places.high, segments.b);
-    Store(places.divisor, segments.b - low);
-}
-
-// The whole samples and the rest of slopes of such widths.
+// The whole samples and the rest of slopes of such widths; gives the rest.
 inline Vector4 PlaceWeights(SlopePlaces& places, Vector4 width) {
     const Vector4 whole = Floor(width);
     const Vector4 rest = width - whole;
@@ -64,32 +43,55 @@ inline Vector4 PlaceWeights(SlopePlaces& places, Vector4 width) {
     return rest;
 }
 
+// lead: the sample of each line that lies at the tables' entry 0.
 template <int channels>
-inline void PlaceFall(SlopePlaces& places, const Segments4& segments) {
-    const Vector4 one = Set(1.0);
-    const Vector4 wanted = segments.b - segments.a;
-    const Vector4 low =
-        Choose(NotGreaterOrEqual(wanted, one), segments.a - (one - wanted), segments.a);
-    const Vector4 inner = segments.b - PlaceWeights(places, segments.b - low);
-    PlaceInTable<channels>(places.outer, low);
-    PlaceInTable<channels>(places.inner, inner);
-    PlaceInTable<channels>(places.behind, inner + one);
-    Store(places.reach, inner - low);
-}
+struct SegmentPlacer {
+    Vector4 lead;
 
-template <int channels>
-inline void PlaceRise(SlopePlaces& places, const Segments4& segments) {
-    const Vector4 one = Set(1.0);
-    const Vector4 wanted = segments.b - segments.a;
-    const Vector4 high =
-        Choose(NotGreaterOrEqual(wanted, one), segments.b + (one - wanted), segments.b);
-    const Vector4 inner = segments.a + PlaceWeights(places, high - segments.a);
-    PlaceInTable<channels>(places.outer, high);
-    PlaceInTable<channels>(places.inner, inner);
-    PlaceInTable<channels>(places.before, inner - one);
-    PlaceInTable<channels>(places.behind, inner + one);
-    Store(places.reach, high - inner);
-}
+    void Look(TablePlaces& places, Vector4 x) const {
+        const Vector4 floor = Floor(x);
+        const Vector4 share = x - floor;
+        std::int32_t entry[4];
+        StoreTruncated(entry, floor - lead);
+        StoreIntegers(places.offset, LoadIntegers(entry) * SetIntegers(channels * 4));
+        Store(places.share, share);
+        Store(places.keep, Set(1.0) - share);
+    }
+
+    void Box(BoxPlaces& places, const Segments4& segments) const {
+        const Vector4 one = Set(1.0);
+        const Vector4 width = segments.b - segments.a;
+        const Vector4 low = Choose(NotGreater(width, one), segments.a - (one - width), segments.a);
+        Look(places.low, low);
+        Look(places.high, segments.b);
+        Store(places.divisor, segments.b - low);
+    }
+
+    void Fall(SlopePlaces& places, const Segments4& segments) const {
+        const Vector4 one = Set(1.0);
+        const Vector4 wanted = segments.b - segments.a;
+        const Vector4 low =
+            Choose(NotGreaterOrEqual(wanted, one), segments.a - (one - wanted), segments.a);
+        const Vector4 inner = segments.b - PlaceWeights(places, segments.b - low);
+        Look(places.outer, low);
+        Look(places.inner, inner);
+        Look(places.behind, inner + one);
+        Store(places.reach, inner - low);
+    }
+
+    void Rise(SlopePlaces& places, const Segments4& segments) const {
+        const Vector4 one = Set(1.0);
+        const Vector4 wanted = segments.b - segments.a;
+        const Vector4 high =
+            Choose(NotGreaterOrEqual(wanted, one), segments.b + (one - wanted), segments.b);
+        const Vector4 inner = segments.a + PlaceWeights(places, high - segments.a);
+        Look(places.outer, high);
+        Look(places.inner, inner);
+        Look(places.before, inner - one);
+        Look(places.behind, inner + one);
+        Store(places.reach, high - inner);
+    }
+};
 
 // The segments of four windows, in the order in which colours need them.
 struct SpectralPlaces {
@@ -105,10 +107,10 @@ inline Vector4 CutBorder(Vector4 x, Vector4 n) {
     return Choose(NotGreater(n, positive), n - Set(1.0), positive);
 }
 
-// Windows of such lengths at steps i of lines of n samples.
+// Windows of such lengths at samples i of lines of n.
 template <int colors, int channels, bool isInverted>
-inline void PlaceWindows(SpectralPlaces& places, Vector4 length, Vector4 i, Vector4 n,
-                         double zoomStart) {
+inline void PlaceWindows(SpectralPlaces& places, const SegmentPlacer<channels>& placer,
+                         Vector4 length, Vector4 i, Vector4 n, double zoomStart) {
     const Vector4 first = i - Set(zoomStart + 0.5) * length;
     const Vector4 borders[] = {CutBorder(first, n),
                                CutBorder(first + Set(0.2) * length, n),
@@ -119,25 +121,25 @@ inline void PlaceWindows(SpectralPlaces& places, Vector4 length, Vector4 i, Vect
     const auto segments = [&borders](int from) {
         return Segments4{borders[from], borders[from + 1]};
     };
-    PlaceFall<channels>(places.fall[0], segments(isInverted ? 1 : 0));
-    PlaceRise<channels>(places.rise[0], segments(isInverted ? 4 : 3));
-    PlaceBox<channels>(places.box[0], segments(isInverted ? 0 : 4));
+    placer.Fall(places.fall[0], segments(isInverted ? 1 : 0));
+    placer.Rise(places.rise[0], segments(isInverted ? 4 : 3));
+    placer.Box(places.box[0], segments(isInverted ? 0 : 4));
     if constexpr (colors > 1) {
-        PlaceFall<channels>(places.fall[1], segments(isInverted ? 3 : 4));
-        PlaceRise<channels>(places.rise[1], segments(isInverted ? 0 : 1));
-        PlaceBox<channels>(places.box[1], segments(isInverted ? 1 : 3));
-        PlaceBox<channels>(places.box[2], segments(2));
+        placer.Fall(places.fall[1], segments(isInverted ? 3 : 4));
+        placer.Rise(places.rise[1], segments(isInverted ? 0 : 1));
+        placer.Box(places.box[1], segments(isInverted ? 1 : 3));
+        placer.Box(places.box[2], segments(2));
     }
     if constexpr (colors > 2) {
         if constexpr (isInverted) {
-            PlaceRise<channels>(places.rise[2], segments(2));
+            placer.Rise(places.rise[2], segments(2));
         } else {
-            PlaceFall<channels>(places.fall[2], segments(2));
+            placer.Fall(places.fall[2], segments(2));
         }
-        PlaceBox<channels>(places.box[3], segments(isInverted ? 3 : 1));
-        PlaceBox<channels>(places.box[4], segments(isInverted ? 4 : 0));
+        placer.Box(places.box[3], segments(isInverted ? 3 : 1));
+        placer.Box(places.box[4], segments(isInverted ? 4 : 0));
     }
     if constexpr (channels > colors) {
-        PlaceBox<channels>(places.whole, Segments4{borders[0], borders[5]});
+        placer.Box(places.whole, Segments4{borders[0], borders[5]});
     }
 }
