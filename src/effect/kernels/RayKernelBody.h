@@ -32,7 +32,8 @@ struct PixelOffsets<true> {
 // The floats of a pixel, and behind them whatever there is: a ring has room for it.
 template <int channels, bool isRing>
 inline __m128 LoadPixel(const float* pixel) {
-    return LoadFloats < isRing && channels == 3 ? 4 : channels > (pixel);
+    constexpr int floats = isRing && channels == 3 ? 4 : channels;
+    return LoadFloats<floats>(pixel);
 }
 
 template <int channels, bool isRing>
