@@ -5,7 +5,6 @@
 #include <atomic>
 #include <cstdint>
 #include <cstring>
-#include <thread>
 
 #include "effect/LanePixels.h"
 #include "effect/SectorSums.h"
@@ -13,6 +12,7 @@
 #include "effect/SideZone.h"
 #include "frame/MorvenhaleRenderContext.h"
 #include "image/PixelRGB.h"
+#include "platform/Thread.h"
 
 namespace mv {
 
@@ -97,7 +97,7 @@ public:
 
 private:
     std::uint32_t Take() {
-        for (;; std::this_thread::yield()) {
+        for (;; YieldThread()) {
             for (std::uint32_t i = 0; i < count_; ++i) {
                 if (!taken_[i].exchange(true)) {
                     return i;

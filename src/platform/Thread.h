@@ -57,4 +57,7 @@ private:
 // Never 0.
 std::uint32_t CurrentThreadId() noexcept;
 
+// Lets another thread go on that is ready to.
+void YieldThread() noexcept;
+
 }  // namespace mv

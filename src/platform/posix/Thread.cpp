@@ -1,5 +1,6 @@
 #include "platform/Thread.h"
 
+#include <sched.h>
 #include <time.h>
 
 #include <atomic>
@@ -27,6 +28,10 @@ std::uint32_t CurrentThreadId() noexcept {
         currentId = NextId();
     }
     return currentId;
+}
+
+void YieldThread() noexcept {
+    static_cast<void>(sched_yield());
 }
 
 void* Thread::Run(void* self) {

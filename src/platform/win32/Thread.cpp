@@ -18,6 +18,10 @@ Shape SystemRoutine(Function function) noexcept {
 
 }  // namespace
 
+void YieldThread() noexcept {
+    static_cast<void>(::SwitchToThread());
+}
+
 void __stdcall Thread::Run(unsigned long long self) {
     const Thread& thread = *reinterpret_cast<const Thread*>(self);
     const HANDLE exited = thread.exited_->handle_;
