@@ -173,6 +173,7 @@ private:
             if (IsOk(status)) {
                 side.window.WriteBehind(side.sums,
                                         RayOf(side, std::max(last - kRaysInGroup + 1, k)));
+                status = ReportAgain();
             }
             k = last + 1;
         }
@@ -265,16 +266,17 @@ private:
         return status;
     }
 
-    // The host hears that the render goes on, though no step of it is done.
     std::int32_t AddAllLater(const ContributionList<kChannels>& list) {
         std::int32_t status = host_->StatusOk();
-        list.ForEach([this](const auto& entry) { memory_.sums.Add(entry); },
-                     [this, &status] {
-                         const std::uint32_t done = stepsDone_.load(std::memory_order_relaxed);
-                         status = ReportStep(progressPosition_, progressRange_, done, totalSteps_);
-                         return IsOk(status);
-                     });
+        const auto add = [this](const auto& entry) { memory_.sums.Add(entry); };
+        list.ForEach(add, [this, &status] { return IsOk(status = ReportAgain()); });
         return status;
+    }
+
+    // The host hears that the render goes on, though no step of it is done.
+    std::int32_t ReportAgain() {
+        const std::uint32_t done = stepsDone_.load(std::memory_order_relaxed);
+        return ReportStep(progressPosition_, progressRange_, done, totalSteps_);
     }
 
     // All before the first ray runs, so that what fails later is not for want of memory.
