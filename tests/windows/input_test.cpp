@@ -108,8 +108,10 @@ TEST_F(Input, TheButtonsAreClicked) {
     EXPECT_TRUE(Eventually([&] { return user->Checked(1078); }));
     ClickOn(1010);
     EXPECT_TRUE(Eventually([&] { return !user->Checked(1078); }));
+    user->Settle();
     ClickOn(1006);
     EXPECT_TRUE(TextBecomes(1007, "50%"));
+    user->Settle();
     ClickOn(1005);
     EXPECT_TRUE(TextBecomes(1007, "100%"));
     ClickOn(1082);
