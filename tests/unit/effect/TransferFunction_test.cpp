@@ -6,17 +6,14 @@
 #include <vector>
 
 #include "effect/kernels/RayKernels.h"
+#include "support/InstructionSets.h"
 
 namespace mv {
 namespace {
 
 class GammaTable : public testing::TestWithParam<InstructionSet> {
 protected:
-    void SetUp() override {
-        if (!ForceInstructionSet(GetParam())) {
-            GTEST_SKIP() << "this processor lacks the instruction set";
-        }
-    }
+    void SetUp() override { ASSERT_TRUE(ForceInstructionSet(GetParam())); }
     void TearDown() override { UseDetectedInstructionSet(); }
 };
 
@@ -50,9 +47,7 @@ TEST_P(GammaTable, EndsAtWhite) {
     EXPECT_NEAR(Filled(1.0, true, 32768.0).back(), 32768.0, 0.1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Sets, GammaTable,
-                         testing::Values(InstructionSet::Plain, InstructionSet::Sse2,
-                                         InstructionSet::Avx2, InstructionSet::Avx512));
+INSTANTIATE_TEST_SUITE_P(Sets, GammaTable, testing::ValuesIn(test::ServedInstructionSets()));
 
 }  // namespace
 }  // namespace mv
